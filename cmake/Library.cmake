@@ -1,0 +1,56 @@
+# The library: its objects as the internal static target tarn_objects, which tests and benchmarks
+# link to reach what is not exported, and the shared library made of them.
+
+if(ANDROID)
+  set(tarn_platform_sources)
+  set(TARN_HOST_EXPORTS)
+else()
+  set(tarn_platform_sources platform/host/host_platform.cpp)
+  set(TARN_HOST_EXPORTS "__android_log_print; __system_property_get;")
+endif()
+
+add_library(tarn_objects STATIC
+  engines/TarnQCEngine.cpp
+  engines/TarnQCNEONEngine.cpp
+  engines/TarnVXEngine.cpp
+  engines/bin_frame.cpp
+  engines/engine_parts.cpp
+  engines/ev_frame.cpp
+  engines/kernels/levels.cpp
+  engines/kernels/scalar.cpp
+  layout/pitch.cpp
+  platform/log.cpp
+  solution/TarnSolution.cpp
+  solution/diagnostics.cpp
+  solution/dispatch.cpp
+  solution/solution_impl.cpp
+  ${tarn_platform_sources})
+target_include_directories(tarn_objects PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+if(NOT ANDROID)
+  target_include_directories(tarn_objects PUBLIC ${PROJECT_SOURCE_DIR}/platform/host)
+endif()
+target_link_libraries(tarn_objects PRIVATE tarn_compile_options)
+set_target_properties(tarn_objects PROPERTIES
+  POSITION_INDEPENDENT_CODE ON
+  CXX_VISIBILITY_PRESET hidden
+  VISIBILITY_INLINES_HIDDEN ON)
+target_compile_options(tarn_objects PRIVATE
+  -fno-exceptions -fno-math-errno -fstack-protector-strong
+  # An operation stays within 16 KiB of stack: one frame holds the row of sums, another at most a
+  # packed line.
+  -Wframe-larger-than=9000
+  $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},aarch64>:-mbranch-protection=standard>)
+
+configure_file(cmake/exports.map.in ${CMAKE_BINARY_DIR}/exports.map @ONLY)
+
+add_library(tarn SHARED $<TARGET_OBJECTS:tarn_objects>)
+target_include_directories(tarn INTERFACE
+  ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/engines)
+target_link_libraries(tarn PRIVATE $<$<BOOL:${ANDROID}>:log>)
+# The soname carries no version: the device's loader finds the library by this very name.
+set_target_properties(tarn PROPERTIES
+  OUTPUT_NAME Tarn.camera.mirova
+  LINK_DEPENDS ${CMAKE_BINARY_DIR}/exports.map)
+target_link_options(tarn PRIVATE
+  -Wl,--version-script=${CMAKE_BINARY_DIR}/exports.map
+  -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,max-page-size=16384)
