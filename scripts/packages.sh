@@ -1,0 +1,23 @@
+# What the commands of ./run need from Debian 12, and how it gets there. Sourced by ./run.
+
+packages_build="g++ cmake make"
+packages_tool="libcli11-dev libraw-dev libpng-dev pkg-config"
+packages_test="googletest binutils python3 libtiff-dev"
+packages_clang="clang-19 lld-19 llvm-19 libclang-rt-19-dev"
+packages_arm="g++-aarch64-linux-gnu qemu-user"
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# Installs those of the named packages that are missing; silent when there are none.
+need() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+  echo "Installing: ${missing[*]}"
+  as_root apt-get update -qq
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
