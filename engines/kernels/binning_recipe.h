@@ -2,8 +2,6 @@
 #ifndef TARN_ENGINES_KERNELS_BINNING_RECIPE_H_
 #define TARN_ENGINES_KERNELS_BINNING_RECIPE_H_
 
-#include <numeric>
-
 #include "engines/kernels/ev_rule.h"
 #include "layout/packed_layouts.h"
 
@@ -32,7 +30,11 @@ struct BinningRecipe {
     }
 
     // Input is read in steps: the fewest pixels that are both whole cells and whole groups.
-    constexpr int StepPixels() const { return std::lcm(cell, Shape(in).pixels); }
+    constexpr int StepPixels() const {
+        int pixels = cell;
+        while (pixels % Shape(in).pixels != 0) pixels += cell;
+        return pixels;
+    }
     constexpr int StepSums() const { return StepPixels() / cell; }
     constexpr int StepBytes() const { return StepPixels() / Shape(in).pixels * Shape(in).bytes; }
 };
