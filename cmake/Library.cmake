@@ -44,8 +44,10 @@ target_compile_options(tarn_objects PRIVATE
 configure_file(cmake/exports.map.in ${CMAKE_BINARY_DIR}/exports.map @ONLY)
 
 add_library(tarn SHARED $<TARGET_OBJECTS:tarn_objects>)
+add_library(tarn::tarn ALIAS tarn)
 target_include_directories(tarn INTERFACE
-  ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/engines)
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/engines>)
 target_link_libraries(tarn PRIVATE $<$<BOOL:${ANDROID}>:log>)
 # The soname carries no version: the device's loader finds the library by this very name.
 set_target_properties(tarn PROPERTIES
