@@ -3,10 +3,10 @@
 
 if(ANDROID)
   set(tarn_platform_sources)
-  set(TARN_HOST_EXPORTS)
+  set(tarn_host_exports)
 else()
   set(tarn_platform_sources platform/host/host_platform.cpp)
-  set(TARN_HOST_EXPORTS "__android_log_print; __system_property_get;")
+  set(tarn_host_exports "__android_log_print; __system_property_get;")
 endif()
 
 add_library(tarn_objects STATIC
@@ -41,7 +41,12 @@ target_compile_options(tarn_objects PRIVATE
   -Wframe-larger-than=9000
   $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},aarch64>:-mbranch-protection=standard>)
 
-configure_file(cmake/exports.map.in ${CMAKE_BINARY_DIR}/exports.map @ONLY)
+# A host's stand-ins for the platform's functions are exported too, so that a client can replace them.
+set(tarn_exports ${CMAKE_BINARY_DIR}/exports.map)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS cmake/exports.map)
+file(READ cmake/exports.map tarn_export_map)
+string(REPLACE "local:" "  ${tarn_host_exports}\n  local:" tarn_export_map "${tarn_export_map}")
+file(CONFIGURE OUTPUT ${tarn_exports} CONTENT "${tarn_export_map}" @ONLY)
 
 add_library(tarn SHARED $<TARGET_OBJECTS:tarn_objects>)
 add_library(tarn::tarn ALIAS tarn)
@@ -52,7 +57,7 @@ target_link_libraries(tarn PRIVATE $<$<BOOL:${ANDROID}>:log>)
 # The soname carries no version: the device's loader finds the library by this very name.
 set_target_properties(tarn PROPERTIES
   OUTPUT_NAME Tarn.camera.mirova
-  LINK_DEPENDS ${CMAKE_BINARY_DIR}/exports.map)
+  LINK_DEPENDS ${tarn_exports})
 target_link_options(tarn PRIVATE
-  -Wl,--version-script=${CMAKE_BINARY_DIR}/exports.map
+  -Wl,--version-script=${tarn_exports}
   -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,max-page-size=16384)

@@ -26,7 +26,8 @@ struct BinningRecipe {
 
     constexpr EvRule Ev(float gain) const {
         const int range = SumScale() << Shape(in).bits;
-        return {gain, static_cast<float>(range / 16), static_cast<float>(range - 1)};
+        const int pedestal = range / 16;
+        return {gain, static_cast<float>(pedestal), static_cast<float>(range - 1)};
     }
 
     // Input is read in steps: the fewest pixels that are both whole cells and whole groups.

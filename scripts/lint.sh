@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Format, clang-tidy, links inside the documents, one list of sources. Needs build/host configured.
+set -uo pipefail
+cd "$(dirname "$0")/.."
+failed=0
+fail() { echo "lint: $*" >&2; failed=1; }
+
+format() {
+  git ls-files '*.h' '*.cpp' '*.inc' | xargs clang-format-14 --dry-run -Werror || fail "clang-format 14 would change these"
+}
+
+tidy() {
+  git ls-files 'engines/*.cpp' 'layout/*.cpp' 'platform/*.cpp' 'solution/*.cpp' 'reference/*.cpp' 'tools/*.cpp' |
+    xargs -P 2 -n 3 clang-tidy-14 --quiet -p build/host 2>/dev/null || fail "clang-tidy 14 has findings"
+}
+
+# Every relative link of a document leads to a file.
+links() {
+  local document link
+  for document in $(git ls-files '*.md'); do
+    for link in $(grep -oE '\]\([^)#]+' "$document" | sed 's/^](//' | grep -v '://'); do
+      [ -e "$(dirname "$document")/$link" ] || fail "$document links to $link, which is not there"
+    done
+  done
+}
+
+# Android.bp lists the library's sources a second time.
+source_lists() {
+  diff <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' cmake/Library.cmake | grep -v host_platform | grep -v avx | sort) \
+    <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' Android.bp | sort) || fail "cmake/Library.cmake and Android.bp differ"
+}
+
+for check in format links source_lists tidy; do
+  echo "== $check"
+  $check
+done
+exit $failed
