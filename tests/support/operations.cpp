@@ -1,0 +1,152 @@
+#include "tests/support/operations.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "engines/TarnQCEngine.h"
+#include "engines/TarnQCNEONEngine.h"
+#include "engines/TarnVXEngine.h"
+#include "engines/bin_frame.h"
+#include "engines/ev_frame.h"
+
+namespace tarn_test {
+namespace {
+
+using tarn::Binning;
+using tarn::Layout;
+
+template <auto Member, int... OutFormat>
+int Engine(uint8_t* src, uint8_t* dst, const BufferInfo& info, const SensorInfo& sensor) {
+    return [&]<class E, class... A>(int (E::*member)(A...)) {
+        return (E().*member)(src, dst, info, sensor, OutFormat...);
+    }(Member);
+}
+
+template <Binning Operation>
+void Bin(const tarn::RowKernels& kernels, const uint8_t* src, uint8_t* dst, const BufferInfo& info,
+         float gain) {
+    tarn::BinFrame(Operation, kernels, src, dst, info, gain);
+}
+
+template <Layout L, bool Input>
+void Ev(const tarn::RowKernels& kernels, const uint8_t* src, uint8_t* dst, const BufferInfo& info,
+        float gain) {
+    tarn::EvFrame(L, kernels, src, dst, Input ? info.inHeight : info.outHeight,
+                  Input ? info.inStride : info.outStride, gain);
+}
+
+using QC = TarnQCEngine;
+using VX = TarnVXEngine;
+using NEON = TarnQCNEONEngine;
+
+struct Calls {
+    const char* name;
+    decltype(TestedOperation::engine) engine;
+    decltype(TestedOperation::frame) frame;
+};
+constexpr Calls kCalls[] = {
+    {"QC_Tetra10", Engine<&QC::Binning_10bit_Tetra>, Bin<Binning::QCTetra10>},
+    {"QC_Tetra12", Engine<&QC::Binning_12bit_Tetra>, Bin<Binning::QCTetra12>},
+    {"QC_Nona10", Engine<&QC::Binning_10bit_Nona>, Bin<Binning::QCNona>},
+    {"QC_Hexadeca10", Engine<&QC::Binning_10bit_Hexadeca>, Bin<Binning::QCHexadeca>},
+    {"VX_Tetra10", Engine<&VX::Binning_10bit_Tetra, 11>, Bin<Binning::VXTetra10>},
+    {"VX_Tetra10to12", Engine<&VX::Binning_10bit_Tetra, 10>, Bin<Binning::VXTetra10To12>},
+    {"VX_Tetra12to10", Engine<&VX::Binning_12bit_Tetra, 19>, Bin<Binning::VXTetra12To10>},
+    {"VX_Tetra12", Engine<&VX::Binning_12bit_Tetra, 10>, Bin<Binning::VXTetra12>},
+    {"VX_Nona10", Engine<&VX::Binning_10bit_Nona, 10>, Bin<Binning::VXNona>},
+    {"VX_Hexadeca10", Engine<&VX::Binning_10bit_Hexadeca, 12>, Bin<Binning::VXHexadeca>},
+    {"VX_Hexadeca10to12", Engine<&VX::Binning_10bit_Hexadeca, 10>, Bin<Binning::VXHexadecaTo12>},
+    {"QC_EV10", Engine<&QC::EVComp_10bit>, Ev<Layout::QCRaw10, false>},
+    {"QC_EV12", Engine<&QC::EVComp_12bit>, Ev<Layout::QCRaw12, false>},
+    {"VX_EV10", Engine<&VX::EVComp_10bit, 10>, Ev<Layout::VXRaw10, true>},
+    {"VX_EV12", Engine<&VX::EVComp_12bit, 0>, Ev<Layout::VXRaw12, true>},
+    {"NEON_Tetra10", Engine<&NEON::Binning_10bit_Tetra>, nullptr},
+    {"NEON_Hexadeca10", Engine<&NEON::Binning_10bit_Hexadeca>, nullptr},
+};
+
+bool Matches(const char* variable, const std::string& name) {
+    const char* filter = std::getenv(variable);
+    return !filter || name.find(filter) != std::string::npos;
+}
+
+const Calls& CallsOf(const char* name) {
+    for (const Calls& calls : kCalls) {
+        if (std::strcmp(calls.name, name) == 0) return calls;
+    }
+    std::abort();  // an operation that nothing tests
+}
+
+}  // namespace
+
+std::vector<TestedOperation> SelectedOperations() {
+    std::vector<TestedOperation> operations;
+    for (const tarn_reference::Operation& rule : tarn_reference::Operations()) {
+        const Calls& calls = CallsOf(rule.name);
+        if (!Matches("TARN_TEST_OPERATION", rule.name)) continue;
+        operations.push_back({&rule, calls.engine, calls.frame});
+    }
+    return operations;
+}
+
+std::vector<Runner> SelectedRunners() {
+    std::vector<Runner> runners;
+    if (Matches("TARN_TEST_LEVEL", "engine")) runners.push_back({"engine", nullptr});
+    for (const tarn::Level& level : tarn::Levels()) {
+        const char* name = level.kernels->name;
+        if (!level.supported()) {
+            std::printf("SKIPPED %s\n", name);
+        } else if (Matches("TARN_TEST_LEVEL", name)) {
+            runners.push_back({name, level.kernels});
+        }
+    }
+    return runners;
+}
+
+bool Serves(const Runner& runner, const TestedOperation& operation) {
+    return !runner.kernels || operation.frame;
+}
+
+int RunFrame(const Runner& runner, const TestedOperation& operation, const uint8_t* src,
+             uint8_t* dst, const tarn_reference::Geometry& geometry, float gain) {
+    tarn_reference::Geometry g = geometry;
+    if (!runner.kernels) {
+        const BufferInfo info{g.inWidth,  g.inStride,  g.inHeight,
+                              g.outWidth, g.outStride, g.outHeight};
+        // The ratio that no operation reads is one that would show.
+        const SensorInfo sensor{3.0f, gain};
+        return operation.engine(const_cast<uint8_t*>(src), dst, info, sensor);
+    }
+    const int result = tarn_reference::FootprintOf(*operation.rule, g).result;
+    if (result != 0) return result;  // refusing is the engine's part
+    if (operation.rule->fillsPitches) g = tarn_reference::WithPitches(g, 64);
+    operation.frame(*runner.kernels, src, dst,
+                    {g.inWidth, g.inStride, g.inHeight, g.outWidth, g.outStride, g.outHeight},
+                    gain);
+    return 0;
+}
+
+std::span<const float> Gains() {
+    using Limits = std::numeric_limits<float>;
+    static const float kGains[] = {
+        Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), 0.0f, -0.0f, -1.0f, 0.5f,
+        std::nextafter(1.0f, 0.0f), 1.0f, std::nextafter(1.0f, 2.0f), 1.001f, 1.37f, 2.0f, 3.99f,
+        // Each tells a fused step from two: at pedestal 64 (value 69), 256, 576, 1024.
+        0x1.1ffffep+3f, 0x1.04ec4cp+3f, 0x1.17a6f2p+3f, 0x1.038e36p+3f,
+        // Products past the range of 32-bit integers, and of floats.
+        4096.5f, 2.1e6f, 1e10f, Limits::max(), -Limits::max(), Limits::denorm_min()};
+    return kGains;
+}
+
+long long Setting(const char* name, long long otherwise) {
+    const char* text = std::getenv(name);
+    return text ? std::atoll(text) : otherwise;
+}
+
+long long Amount(const char* name, long long everyday) {
+    return Setting(name, (everyday * TARN_TEST_EFFORT + 99) / 100);
+}
+
+}  // namespace tarn_test
