@@ -1,0 +1,94 @@
+#include "tools/tarn/geometry.h"
+
+#include <charconv>
+
+#include "tools/tarn/message.h"
+
+namespace tarn::tool {
+namespace {
+
+// In the order of Layout.
+constexpr const char* kNames[kLayoutCount] = {"qc10", "qc12", "vx10", "vx12"};
+constexpr const char* kColourOrders[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
+
+// Keeps every product of a width, a height and a few bytes within 64 bits.
+constexpr int64_t kLongestSide = 1'000'000'000;
+
+}  // namespace
+
+const char* LayoutName(Layout layout) {
+    return kNames[static_cast<int>(layout)];
+}
+
+Layout ParseLayout(const std::string& text) {
+    for (int i = 0; i < kLayoutCount; ++i) {
+        if (text == kNames[i]) return static_cast<Layout>(i);
+    }
+    throw UserError(Text("-f: unknown layout \"", text, "\"; there are ", kLayoutNames));
+}
+
+int64_t ParseNumber(const std::string& option, const std::string& text, int64_t least,
+                    int64_t most) {
+    int64_t number = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || number < least || number > most) {
+        throw UserError(Text(option, ": \"", text, "\" is not a whole number from ", Grouped(least),
+                             " to ", Grouped(most)));
+    }
+    return number;
+}
+
+Size ParseSize(const std::string& option, const std::string& text) {
+    const size_t cross = text.find('x');
+    if (cross == std::string::npos) {
+        throw UserError(Text(option, ": \"", text, "\" is not WIDTHxHEIGHT, such as 8160x6120"));
+    }
+    const auto side = [&](const std::string& part) {
+        return static_cast<int>(ParseNumber(option, part, 1, kLongestSide));
+    };
+    return {side(text.substr(0, cross)), side(text.substr(cross + 1))};
+}
+
+void SetPitch(const std::string& option, const std::string& text, PackedFrame* frame) {
+    const int64_t rowBytes = frame->RowBytes();
+    if (text.empty() || text == "tight") {
+        frame->pitch = rowBytes;
+        return;
+    }
+    frame->pitch = ParseNumber(option, text, 1, INT_MAX - 16);
+    if (frame->pitch < rowBytes) {
+        throw UserError(Text(option, ": ", Grouped(frame->pitch), " bytes are too few: a ",
+                             LayoutName(frame->layout), " row of ", frame->width, " pixels takes ",
+                             Grouped(rowBytes)));
+    }
+}
+
+void CheckFileSize(const std::string& name, int64_t bytes, const PackedFrame& frame) {
+    if (bytes >= frame.LeastBytes() && bytes <= frame.Bytes()) return;
+    std::string text = Text(name, " holds ", Grouped(bytes), " bytes; ", frame.width, "x",
+                            frame.height, " ", LayoutName(frame.layout), " at pitch ", frame.pitch,
+                            " needs ", Grouped(frame.Bytes()));
+    if (frame.LeastBytes() != frame.Bytes()) {
+        text += Text(" (or ", Grouped(frame.LeastBytes()), " without the last row's padding)");
+    }
+    const int64_t pitch = bytes / frame.height;
+    if (bytes % frame.height == 0 && pitch >= frame.RowBytes()) {
+        text += Text("; --pitch ", pitch, " would fit");
+    }
+    throw UserError(text);
+}
+
+std::string Describe(const PackedFrame& frame) {
+    return Text(frame.width, "x", frame.height, " ", LayoutName(frame.layout), " at pitch ",
+                frame.pitch);
+}
+
+void CheckColourOrder(const std::string& option, const std::string& text) {
+    for (const char* order : kColourOrders) {
+        if (text == order) return;
+    }
+    throw UserError(Text(option, ": \"", text, "\" is none of RGGB, GRBG, GBRG, BGGR"));
+}
+
+}  // namespace tarn::tool

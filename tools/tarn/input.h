@@ -1,0 +1,26 @@
+// Reading files whole, standard input included.
+#ifndef TARN_TOOL_INPUT_H_
+#define TARN_TOOL_INPUT_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tarn::tool {
+
+using Bytes = std::vector<uint8_t>;
+
+// The name of a file in messages: "standard input" for "-".
+std::string InputName(const std::string& path);
+
+// Size of a regular file in bytes, or -1 for anything that has none (a pipe, say). Throws UserError
+// when there is no such file, or it is a folder.
+int64_t FileSize(const std::string& path);
+
+// Reads a file, or standard input for "-", up to its end; when it goes on past `most` bytes, the
+// result holds one byte more than that. Throws UserError.
+Bytes ReadFile(const std::string& path, int64_t most);
+
+}  // namespace tarn::tool
+
+#endif  // TARN_TOOL_INPUT_H_

@@ -1,0 +1,67 @@
+// tarn: the command-line companion of the library.
+#include <csignal>
+#include <filesystem>
+#include <new>
+
+#include "tools/tarn/message.h"
+#include "tools/tarn/verb.h"
+
+namespace tarn::tool {
+namespace {
+
+constexpr const Verb* kVerbs[] = {&kBin, &kSynth};
+
+constexpr int kBrokenOff = 1;
+constexpr int kWrong = 2;
+
+std::string OneLine(const CLI::App* app, const CLI::Error& error) {
+    const auto used = app->get_subcommands();
+    const std::string command = used.empty() ? "tarn" : "tarn " + used.front()->get_name();
+    std::string reason = error.what();
+    for (char& c : reason) c = c == '\n' ? ' ' : c;
+    return Text(command, ": ", reason, "; see ", command, " --help\n");
+}
+
+int Run(int argc, char** argv) {
+    CLI::App app("Bins packed raw frames of multi-cell colour-filter sensors.", "tarn");
+    app.failure_message(OneLine);
+    app.footer("tarn VERB --help tells more of each verb.");
+    std::function<void()> run;
+    for (const Verb* verb : kVerbs) {
+        CLI::App* command = app.add_subcommand(verb->name, verb->summary);
+        const std::function<void()> action = verb->declare(*command);
+        command->callback([&run, action] { run = action; });
+    }
+    app.require_subcommand(1);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kWrong;
+    }
+    run();
+    return 0;
+}
+
+int Complain(int exitCode, const std::string& reason) {
+    std::cerr << "tarn: " << reason << std::endl;
+    return exitCode;
+}
+
+}  // namespace
+}  // namespace tarn::tool
+
+int main(int argc, char** argv) {
+    using namespace tarn::tool;
+    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an error of the write that meets it
+    try {
+        return Run(argc, argv);
+    } catch (const UserError& error) {
+        return Complain(kWrong, error.what());
+    } catch (const std::filesystem::filesystem_error& error) {
+        return Complain(kWrong, Text(error.path1().string(), ": ", error.code().message()));
+    } catch (const std::bad_alloc&) {
+        return Complain(kBrokenOff, "there is not enough memory for a frame of this size");
+    } catch (const std::exception& error) {
+        return Complain(kBrokenOff, error.what());
+    }
+}

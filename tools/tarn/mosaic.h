@@ -1,0 +1,25 @@
+// A plain Bayer mosaic as a source of frames: a camera raw, or a 16-bit PGM that holds one.
+#ifndef TARN_TOOL_MOSAIC_H_
+#define TARN_TOOL_MOSAIC_H_
+
+#include <string>
+
+#include "tools/tarn/input.h"
+
+namespace tarn::tool {
+
+struct Mosaic {
+    int width = 0;  // of the visible area
+    int height = 0;
+    std::vector<uint16_t> samples;   // row by row
+    std::string colours = "RGGB";    // of the top left 2x2
+    double black[4] = {0, 0, 0, 0};  // by position in the 2x2
+    double white = 0;
+};
+
+// Throws UserError, naming the file, when it is neither.
+Mosaic ReadMosaic(const std::string& path);
+
+}  // namespace tarn::tool
+
+#endif  // TARN_TOOL_MOSAIC_H_

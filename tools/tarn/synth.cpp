@@ -1,0 +1,191 @@
+// tarn synth: a multi-cell frame out of an ordinary Bayer one, without inventing a sample.
+//
+// A block of 2n x 2n pixels of a Bayer mosaic holds n x n samples of each colour position, as one
+// block of four n x n cells does. Samples are permuted inside each block: noise stays real, and the
+// sum over a cell is the sum over the block's samples of that colour.
+#include <cmath>
+
+#include "tools/tarn/geometry.h"
+#include "tools/tarn/message.h"
+#include "tools/tarn/mosaic.h"
+#include "tools/tarn/output.h"
+#include "tools/tarn/picture.h"
+#include "tools/tarn/verb.h"
+
+namespace tarn::tool {
+namespace {
+
+struct Options {
+    std::string source;
+    std::string out;
+    std::string to;
+    std::string layout;
+    std::string cell;
+    std::string pitch;
+    std::string size;
+    std::string black;
+    std::string white;
+    std::string colours;
+    double exposure = 1;
+    bool quiet = false;
+};
+
+constexpr const char* kPatterns[] = {"", "plain Bayer", "Tetra", "Nona", "Hexadeca"};
+
+// Source levels to ours: black to one sixteenth of the range, white to its end.
+struct LevelMap {
+    double black[4];
+    double scale;
+    double ourBlack;
+    double ourWhite;
+
+    uint16_t operator()(uint16_t sample, int position) const {
+        const double code = ourBlack + (sample - black[position]) * scale;
+        return static_cast<uint16_t>(std::lround(std::clamp(code, 0.0, ourWhite)));
+    }
+};
+
+LevelMap MakeLevels(const Mosaic& mosaic, int bits, double exposure) {
+    const double darkest = *std::max_element(mosaic.black, mosaic.black + 4);
+    if (mosaic.white <= darkest) {
+        throw UserError(
+            Text("--white ", mosaic.white, " must be above the black level, which is ", darkest));
+    }
+    LevelMap map{};
+    std::copy(mosaic.black, mosaic.black + 4, map.black);
+    map.ourBlack = 1 << (bits - 4);
+    map.ourWhite = (1 << bits) - 1;
+    map.scale = exposure * (map.ourWhite - map.ourBlack) / (mosaic.white - darkest);
+    return map;
+}
+
+void OverrideLevels(const Options& options, Mosaic* mosaic) {
+    if (!options.black.empty()) {
+        std::fill_n(mosaic->black, 4, double(ParseNumber("--black", options.black, 0, 65535)));
+    }
+    if (!options.white.empty()) {
+        mosaic->white = double(ParseNumber("--white", options.white, 1, 65535));
+    }
+    if (!options.colours.empty()) {
+        CheckColourOrder("--cfa", options.colours);
+        mosaic->colours = options.colours;
+    }
+    if (!(options.exposure > 0 && options.exposure <= 1e6)) {
+        throw UserError("--exposure: must be above 0 and at most 1,000,000");
+    }
+}
+
+void RequireBlocks(const std::string& what, int side, int block) {
+    if (side % block == 0 && side > 0) return;
+    const int floor = side / block * block;
+    throw UserError(Text("-s: a ", what, " of ", side, " is not a whole number of blocks of ",
+                         block, " pixels; ", floor > 0 ? Text(floor, " or ") : "", floor + block,
+                         " would be"));
+}
+
+// The size asked for, or the source's whole blocks.
+Size FrameSize(const Options& options, Size source, int block) {
+    if (options.size.empty()) return source;
+    const Size size = ParseSize("-s", options.size);
+    RequireBlocks("width", size.width, block);
+    RequireBlocks("height", size.height, block);
+    return size;
+}
+
+// The source repeated to the frame's size, its samples permuted, its levels mapped.
+std::vector<uint16_t> Permute(const Mosaic& mosaic, Size source, Size frame, int cell,
+                              const LevelMap& map) {
+    const int block = 2 * cell;
+    std::vector<uint16_t> codes;
+    codes.reserve(size_t(frame.width) * size_t(frame.height));
+    // Along one axis: the source coordinate of a frame coordinate, two apart inside a cell.
+    const auto from = [&](int at, int period) {
+        const int inBlock = at % block;
+        return (at - inBlock + inBlock % cell * 2 + inBlock / cell) % period;
+    };
+    for (int y = 0; y < frame.height; ++y) {
+        const int fromY = from(y, source.height);
+        const uint16_t* row = mosaic.samples.data() + size_t(mosaic.width) * size_t(fromY);
+        for (int x = 0; x < frame.width; ++x) {
+            const int fromX = from(x, source.width);
+            codes.push_back(map(row[fromX], fromY % 2 * 2 + fromX % 2));
+        }
+    }
+    return codes;
+}
+
+void Run(const Options& options) {
+    const Layout layout = ParseLayout(options.layout);
+    const int bits = Shape(layout).bits;
+    const int cell = static_cast<int>(ParseNumber("--cell", options.cell, 1, 4));
+    if (bits == 12 && cell > 2) {
+        throw UserError(Text("-f ", options.layout, ": a ", kPatterns[cell],
+                             " frame has 10 bits; 12 bits go with --cell 1 and 2"));
+    }
+    const FileKind kind = ParseFileKind(options.to, options.out);
+    if (kind == FileKind::Png) throw UserError("-o: synth writes packed frames and PGM, not PNG");
+    CheckOutput(options.out, options.source);
+
+    Mosaic mosaic = ReadMosaic(options.source);
+    OverrideLevels(options, &mosaic);
+    const int block = 2 * cell;
+    const Size source{mosaic.width / block * block, mosaic.height / block * block};
+    if (source.width == 0 || source.height == 0) {
+        throw UserError(Text(InputName(options.source), ": ", mosaic.width, "x", mosaic.height,
+                             " is less than one block of ", block, "x", block));
+    }
+    const Size size = FrameSize(options, source, block);
+    PackedFrame frame{layout, size.width, size.height, 0};
+    SetPitch("--pitch", options.pitch, &frame);
+    const LevelMap map = MakeLevels(mosaic, bits, options.exposure);
+    const std::vector<uint16_t> codes = Permute(mosaic, source, size, cell, map);
+    WriteFile(options.out, kind == FileKind::Pgm ? EncodePgm(frame, codes) : Pack(frame, codes));
+
+    Say(options.quiet, options.out, ": ", kPatterns[cell], " frame, ", Describe(frame), ", ",
+        mosaic.colours, ", black ", map.ourBlack, ", white ", map.ourWhite, "; from ", mosaic.width,
+        "x", mosaic.height, ", black ", mosaic.black[0], ", white ", mosaic.white,
+        "; samples moved by up to ", cell - 1, " pixels");
+}
+
+std::function<void()> Declare(CLI::App& command) {
+    const auto o = std::make_shared<Options>();
+    command
+        .add_option("SRC", o->source,
+                    "Camera raw of a Bayer sensor, or a PGM (P5) that holds a Bayer mosaic; - is "
+                    "standard input")
+        ->required();
+    command
+        .add_option("-o,--out", o->out,
+                    "File to write: a packed frame, or by the ending .pgm its code values; - is "
+                    "standard output")
+        ->required();
+    command
+        .add_option("-f,--format", o->layout,
+                    Text("Layout to pack: ", kLayoutNames, "; 12 bits with --cell 1 or 2"))
+        ->required();
+    command
+        .add_option("--cell", o->cell,
+                    "2 (Tetra), 3 (Nona), 4 (Hexadeca), or 1 for a plain Bayer frame")
+        ->required();
+    command.add_option("--pitch", o->pitch, "Bytes from one row to the next [tight: no padding]");
+    command.add_option("-s,--size", o->size,
+                       "WIDTHxHEIGHT of the frame; the source is cut or repeated to reach it");
+    command.add_option("--black", o->black, "Black level of SRC [the camera's; 0 for PGM]");
+    command.add_option("--white", o->white, "White level of SRC [the camera's; maxval for PGM]");
+    command.add_option("--exposure", o->exposure, "Factor on the levels above black [1]");
+    command.add_option("--cfa", o->colours, "Colour order of SRC [the camera's; RGGB for PGM]");
+    command.add_option("--to", o->to, "raw or pgm, whatever the ending of the file's name");
+    command.add_flag("-q,--quiet", o->quiet, "Say nothing but errors");
+    command.footer(
+        "Samples are permuted inside each block of 2x2 cells, none is invented: every one moves by "
+        "a few\npixels (1, 2 or 3), noise stays real. SRC's black level is moved to the library's: "
+        "64 at 10 bits,\n256 at 12 bits.\n"
+        "Example: tarn synth photo.CR2 -o frame.raw -f qc10 --cell 2 -s 8160x6120 --pitch 10240");
+    return [o] { Run(*o); };
+}
+
+}  // namespace
+
+const Verb kSynth{"synth", "Make a multi-cell frame out of an ordinary camera raw", Declare};
+
+}  // namespace tarn::tool
