@@ -1,54 +1,79 @@
-// Frame operations on the VX layouts (LSB-first bit streams, 10 and 12 bits). Compiles alone, as
-// C++11.
+/// @file
+/// Frame operations on the VX layouts (LSB-first bit streams, GenICam PFNC "10p" and "12p").
+/// Compiles alone, as C++11.
 #ifndef TARN_VX_ENGINE_H_
 #define TARN_VX_ENGINE_H_
 
 #include "TarnSolution.h"
 
-// Without state: every result depends on the arguments only, and calls may run in parallel.
-// Frame operations return 0 and validate nothing; pitches are used as given.
+/// Operations of the VX family. Without state: every result depends on the arguments only, and
+/// calls may run in parallel.
+///
+/// Frame operations return 0, validate nothing and use pitches as given; docs/integrating.md
+/// tabulates the bytes each one reads and writes. A width or height below 1 does nothing. Where
+/// outFormat chooses the output, exactly the value 10 gives 12 bits, any other value 10 bits.
 class TARN_API TarnVXEngine {
  public:
     TarnVXEngine();
     ~TarnVXEngine();
 
-    // Row pitch in bytes of a width in pixels: ceil(width / 32) x 40, at any bit depth.
+    /// Row pitch in bytes of a width in pixels: ceil(width / 32) x 40, whatever the bit depth.
     int CalcStride(int width);
 
-    // Replaces each pitch that is 0, or equal to its width or height, by CalcStride of its width.
-    // For callers that want it: no operation of this engine calls it.
+    /// Replaces each pitch of info that is 0, or equal to its width or height, by CalcStride of its
+    /// width. For callers that want it: no operation of this engine does so. Returns 0.
     int CheckStride(BufferInfo* info);
 
-    // Packs count 16-bit values of bitDepth significant bits (10..16; 12-bit packer 12..16),
-    // keeping the top bits. Whole groups: values are read, and bytes written, up to the end of the
-    // last one.
+    /// Packs values into groups of 4 pixels in 5 bytes, pixel 0 lowest. Returns 0.
+    /// @param src       values below 2^bitDepth; read up to the end of the last group
+    /// @param dst       5 x ceil(count / 4) bytes; does not overlap src
+    /// @param count     values to pack; below 1 nothing is done
+    /// @param bitDepth  significant bits of the values, 10..16; the top 10 are kept
     int UnpackToPack_10bit(unsigned short* src, unsigned char* dst, int count, int bitDepth);
+
+    /// Packs values into groups of 2 pixels in 3 bytes, pixel 0 lowest. Returns 0.
+    /// @param src       values below 2^bitDepth; read up to the end of the last group
+    /// @param dst       3 x ceil(count / 2) bytes; does not overlap src
+    /// @param count     values to pack; below 1 nothing is done
+    /// @param bitDepth  significant bits of the values, 12..16; the top 12 are kept
     int UnpackToPack_12bit(unsigned short* src, unsigned char* dst, int count, int bitDepth);
 
-    // Compensates count values in place: with p = 1 << (bitDepth - 4), each v becomes
-    // p + gain x (v - p), fused, truncated, held between p and the depth's maximum.
+    /// Compensates values in place. With p = 2^(bitDepth - 4), each v becomes p + gain x (v - p),
+    /// one fused step in single precision, truncated, held between p and 2^bitDepth - 1. Returns 0.
+    /// @param buffer    values, any 16-bit ones
+    /// @param count     values to compensate; below 1 nothing is done
+    /// @param bitDepth  10..16
+    /// @param gain      any float; a NaN gives p everywhere
     int EVComp(unsigned short* buffer, int count, int bitDepth, float gain);
 
-    // Compensates inHeight rows of inStride bytes, padding included; src may equal dst. outFormat
-    // is not read: the output has the input's layout.
+    /// Compensates inHeight rows of inStride bytes of 10-bit groups, row padding included; that
+    /// pitch serves both buffers, and src may equal dst. Any gain applies. Bytes of a pitch after
+    /// its last whole group stay untouched. outFormat is not read: the output has the input's
+    /// layout.
     int EVComp_10bit(unsigned char* src, unsigned char* dst, BufferInfo info, SensorInfo sensor,
                      int outFormat);
+
+    /// The same for 12-bit groups.
     int EVComp_12bit(unsigned char* src, unsigned char* dst, BufferInfo info, SensorInfo sensor,
                      int outFormat);
 
-    // 2x2 cells to one pixel, gain applied to the sum when above 1.0. outFormat 10 gives 12-bit
-    // output, any other value 10-bit output.
+    /// 2x2 cells to one pixel: the sum, compensated when the gain is above 1.0, divided by four for
+    /// 10-bit output; 12-bit output is the sum itself.
     int Binning_10bit_Tetra(unsigned char* src, unsigned char* dst, BufferInfo info,
                             SensorInfo sensor, int outFormat);
+
+    /// The same for 12-bit input: divided by sixteen for 10-bit output, by four for 12-bit output.
     int Binning_12bit_Tetra(unsigned char* src, unsigned char* dst, BufferInfo info,
                             SensorInfo sensor, int outFormat);
 
-    // 3x3 cells to one pixel, always 10 bits; 15 x ceil(outWidth / 4) bytes are read of each input
-    // row.
+    /// 3x3 cells to one pixel: the sum, compensated when the gain is above 1.0, divided by nine.
+    /// 15 x ceil(outWidth / 4) bytes are read of each input row. outFormat is not read: the output
+    /// has 10 bits.
     int Binning_10bit_Nona(unsigned char* src, unsigned char* dst, BufferInfo info,
                            SensorInfo sensor, int outFormat);
 
-    // 4x4 cells to one pixel, summed exactly. outFormat 10 gives 12-bit output.
+    /// 4x4 cells to one pixel: the exact sum, compensated when the gain is above 1.0, divided by
+    /// sixteen for 10-bit output, by four for 12-bit output.
     int Binning_10bit_Hexadeca(unsigned char* src, unsigned char* dst, BufferInfo info,
                                SensorInfo sensor, int outFormat);
 };

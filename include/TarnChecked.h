@@ -1,12 +1,13 @@
-// Tells, before a call of the library, what the call would do and the first thing wrong with it.
-//
-// TarnSolution::Process trusts its caller and answers 0 whatever happens. Ask here first:
-//
-//     TarnCall call = TarnCheckProcess(option, inFormat, outFormat, info, srcBytes, dstBytes);
-//     if (call.problem != TarnProblem::None) return Refuse(call.sentence);
-//
-// Header only, nothing is exported for it, and it calls nothing of the library. Compiles alone, as
-// C++11 and later.
+/// @file
+/// Tells, before a call of the library, what the call would do and the first thing wrong with it.
+///
+/// TarnSolution::Process trusts its caller and answers 0 whatever happens. Ask here first:
+///
+///     TarnCall call = TarnCheckProcess(option, inFormat, outFormat, info, srcBytes, dstBytes);
+///     if (call.problem != TarnProblem::None) return Refuse(call.sentence);
+///
+/// Header only, nothing is exported for it, and it calls nothing of the library. Compiles alone, as
+/// C++11 and later.
 #ifndef TARN_CHECKED_H_
 #define TARN_CHECKED_H_
 
@@ -15,7 +16,7 @@
 
 #include "TarnSolution.h"
 
-// The frame operations of the engine classes. None: Process would not touch the destination.
+/// The frame operations of the engine classes. None: Process would not touch the destination.
 enum class TarnOperation {
     None,
     QCEVComp10,
@@ -34,33 +35,35 @@ enum class TarnOperation {
     NEONHexadeca,
 };
 
+/// What can be wrong with a call.
 enum class TarnProblem {
     None,
-    UnknownOption,        // neither 0 (QC) nor 1 (VX)
-    EmptyFrame,           // a width or height below 1
-    FormatMismatch,       // the format codes do not describe what the operation reads and writes
-    WidthMismatch,        // the widths, or heights, do not fit the cell of the operation
-    PitchReplaced,        // a genuine pitch that the operation would take for a missing one
-    PitchTooShort,        // a pitch shorter than the bytes of a row
-    PitchesDiffer,        // exposure compensation uses one pitch for both buffers
-    PitchNotWholeGroups,  // exposure compensation leaves the end of each row untouched
-    WidthOverLine,        // the NEON engine's line holds 4096 pixels
+    UnknownOption,        ///< neither 0 (QC) nor 1 (VX)
+    EmptyFrame,           ///< a width or height below 1
+    FormatMismatch,       ///< the format codes do not describe what the operation reads and writes
+    WidthMismatch,        ///< the widths, or heights, do not fit the cell of the operation
+    PitchReplaced,        ///< a genuine pitch that the operation would take for a missing one
+    PitchTooShort,        ///< a pitch shorter than the bytes of a row
+    PitchesDiffer,        ///< exposure compensation uses one pitch for both buffers
+    PitchNotWholeGroups,  ///< exposure compensation leaves the end of each row untouched
+    WidthOverLine,        ///< the NEON engine's line holds 4096 pixels
     SourceTooSmall,
     DestinationTooSmall,
 };
 
-// What one call would do.
+/// What one call would do.
 struct TarnCall {
-    TarnOperation operation;
-    const char* name;  // for example "TarnQCEngine::Binning_10bit_Tetra"
-    int inStride;      // the pitches that the operation will use, missing ones filled in
-    int outStride;
-    long long srcBytes;   // bytes from the first one of the buffer through the last one read
-    long long dstBytes;   // bytes from the first one of the buffer through the last one written
-    TarnProblem problem;  // the first thing wrong
-    char sentence[192];   // the same for a person: what is wrong and what would be right; or empty
+    TarnOperation operation;  ///< what runs
+    const char* name;         ///< for example "TarnQCEngine::Binning_10bit_Tetra"
+    int inStride;   ///< the input pitch that the operation will use, filled in where it was missing
+    int outStride;  ///< likewise the output pitch
+    long long srcBytes;   ///< bytes from the first one of the buffer through the last one read
+    long long dstBytes;   ///< bytes from the first one of the buffer through the last one written
+    TarnProblem problem;  ///< the first thing wrong
+    char sentence[192];  ///< the same for a person: what is wrong and what would be right; or empty
 };
 
+/// @cond internal
 namespace tarn_checked {
 
 // What an operation reads and writes. An output depth of 0 is the VX choice: 12 bits when the
@@ -256,9 +259,10 @@ inline TarnOperation Choose(int option, int inFormat, int outFormat, const Buffe
 }
 
 }  // namespace tarn_checked
+/// @endcond
 
-// What calling this engine operation itself would do. srcBytes and dstBytes are the sizes of the
-// client's buffers; outFormat matters to the VX Tetra and Hexadeca operations only.
+/// What calling this engine operation itself would do. srcBytes and dstBytes are the sizes of the
+/// client's buffers; outFormat matters to the VX Tetra and Hexadeca operations only.
 inline TarnCall TarnCheckOperation(TarnOperation operation, int outFormat, const BufferInfo& info,
                                    long long srcBytes, long long dstBytes) {
     using namespace tarn_checked;
@@ -276,8 +280,8 @@ inline TarnCall TarnCheckOperation(TarnOperation operation, int outFormat, const
     return call;
 }
 
-// What TarnSolution::Process would do on a solution with these settings: the option given to Init
-// and the two format codes as SetParam stored them.
+/// What TarnSolution::Process would do on a solution with these settings: the option given to Init
+/// and the two format codes as SetParam stored them.
 inline TarnCall TarnCheckProcess(int option, int inFormat, int outFormat, const BufferInfo& info,
                                  long long srcBytes, long long dstBytes) {
     using namespace tarn_checked;

@@ -30,7 +30,13 @@ source_lists() {
     <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' Android.bp | sort) || fail "cmake/Library.cmake and Android.bp differ"
 }
 
-for check in format links source_lists tidy; do
+# Every function, type and field of the public headers is documented.
+api_reference() {
+  mkdir -p build/api
+  doxygen docs/Doxyfile || fail "doxygen has warnings"
+}
+
+for check in format links source_lists api_reference tidy; do
   echo "== $check"
   $check
 done

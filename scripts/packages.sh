@@ -5,7 +5,7 @@ packages_tool="libcli11-dev libraw-dev libpng-dev pkg-config"
 packages_test="googletest binutils python3 libtiff-dev"
 packages_clang="clang-19 lld-19 llvm-19 libclang-rt-19-dev"
 packages_arm="g++-aarch64-linux-gnu qemu-user"
-packages_lint="clang-format-14 clang-tidy-14 git"
+packages_lint="clang-format-14 clang-tidy-14 doxygen git"
 packages_android="libc++-19-dev android-liblog-dev"
 
 as_root() {
