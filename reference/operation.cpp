@@ -165,8 +165,9 @@ unsigned Compensate(unsigned value, int pedestal, int maximum, float gain) {
 }
 
 int Pitch(int width, int unit) {
-    return static_cast<int>(std::ceil(static_cast<float>(width) / static_cast<float>(unit))) *
-           (unit / 4 * 5);
+    const float quotient = static_cast<float>(width) / static_cast<float>(unit);
+    const auto bytes = static_cast<std::int64_t>(std::ceil(quotient)) * (unit / 4 * 5);
+    return static_cast<int>(static_cast<std::uint32_t>(bytes));  // wraps where it must
 }
 
 Geometry WithPitches(Geometry geometry, int unit) {

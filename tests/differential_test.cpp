@@ -211,6 +211,39 @@ TEST(Differential, RandomFrames) {
     }
 }
 
+// One row that holds every sum a cell can have, under every class of gain.
+TEST(Differential, EverySum) {
+    for (const TestedOperation& operation : SelectedOperations()) {
+        const Operation& rule = *operation.rule;
+        const unsigned brightest = (1u << BitsPerPixel(rule.in)) - 1;
+        const int pixels = rule.cell * rule.cell;
+        const int sums = rule.lineBytes > 0 ? 4096 : pixels * static_cast<int>(brightest) + 1;
+        const int inBytes = (sums + 3) / 4 * rule.cell * 6;
+        std::vector<uint8_t> source(static_cast<size_t>(inBytes * rule.cell));
+        for (int x = 0; x < sums * pixels; ++x) {
+            const int cell = x / pixels;
+            const int left = std::max(cell - x % pixels * static_cast<int>(brightest), 0);
+            uint8_t* row = source.data() + x % pixels / rule.cell * inBytes;
+            WritePixel(rule.in, row, static_cast<size_t>(cell * rule.cell + x % rule.cell),
+                       std::min(static_cast<unsigned>(left), brightest));
+        }
+        const int outBytes = rule.cell == 1 ? inBytes : sums / 2 * 3 + 6;
+        const Geometry geometry{-1, rule.cell == 1 ? outBytes : inBytes, 1, sums, outBytes, 1};
+        for (const float gain : Gains()) {
+            std::vector<uint8_t> expected(static_cast<size_t>(outBytes), 0xA5);
+            const auto before = expected;
+            tarn_reference::Run(rule, source.data(), expected.data(), geometry, gain);
+            for (const Runner& runner : SelectedRunners()) {
+                if (!Serves(runner, operation)) continue;
+                auto made = before;
+                RunFrame(runner, operation, source.data(), made.data(), geometry, gain);
+                ASSERT_EQ(made, expected)
+                    << Describe({operation, geometry, gain, false}, runner.name);
+            }
+        }
+    }
+}
+
 // One output row of every width between protected pages, both ends of every row touching one.
 //
 // Four output columns and what they are made of stand for themselves, so the reference makes the

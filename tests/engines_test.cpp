@@ -1,0 +1,443 @@
+// Figures that are known by hand, the operations on plain values, and the edges that random frames
+// do not reach: sizes past 2 GiB, depths that make no sense, small stacks.
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <cstring>
+
+#include "engines/TarnQCEngine.h"
+#include "engines/TarnQCNEONEngine.h"
+#include "engines/TarnVXEngine.h"
+#include "engines/bin_frame.h"
+#include "engines/ev_frame.h"
+#include "solution/dispatch.h"
+#include "tests/support/guarded_frame.h"
+#include "tests/support/operations.h"
+
+namespace tarn_test {
+namespace {
+
+using tarn_reference::Geometry;
+using tarn_reference::Packing;
+using Bytes = std::vector<uint8_t>;
+using Pixels = std::vector<unsigned>;
+
+TestedOperation Named(const std::string& name) {
+    for (const TestedOperation& operation : SelectedOperations()) {
+        if (operation.rule->name == name) return operation;
+    }
+    throw std::invalid_argument(name);
+}
+
+const Pixels kRamp = {100, 101, 102, 103, 104, 105, 106, 107,
+                      108, 109, 110, 111, 112, 113, 114, 115};
+const Pixels kThirds = {0, 1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 1, 2, 2, 2};
+
+struct Figure {
+    const char* operation;
+    float gain;
+    Pixels cell;  // row by row
+    unsigned result;
+};
+const Figure kFigures[] = {
+    {"QC_Tetra10", 0.5f, {100, 101, 102, 104}, 101},
+    {"QC_Tetra10", 1.5f, {100, 101, 102, 104}, 120},
+    {"QC_Tetra10", 2.0f, {50, 50, 50, 50}, 64},
+    {"QC_Tetra12", 1.25f, {1000, 1001, 1002, 1003}, 1187},
+    {"VX_Tetra10to12", 1.0f, {100, 101, 102, 104}, 407},
+    {"VX_Tetra10to12", 1.5f, {100, 101, 102, 104}, 482},
+    {"VX_Tetra12", 1.25f, {1000, 1001, 1002, 1003}, 1187},
+    {"VX_Tetra12to10", 1.0f, {1000, 1001, 1002, 1003}, 250},
+    {"VX_Tetra12to10", 1.25f, {1000, 1001, 1002, 1003}, 296},
+    {"QC_Nona10", 1.0f, {60, 70, 80, 90, 100, 110, 64, 64, 64}, 78},
+    {"VX_Nona10", 1.5f, {60, 70, 80, 90, 100, 110, 64, 64, 64}, 85},
+    {"QC_Hexadeca10", 1.5f, kRamp, 128},
+    {"QC_Hexadeca10", 1.0f, kThirds, 0},
+    {"VX_Hexadeca10", 1.5f, kRamp, 129},
+    {"VX_Hexadeca10", 1.0f, kThirds, 1},
+    {"VX_Hexadeca10to12", 1.0f, kRamp, 430},
+    {"VX_Hexadeca10to12", 1.5f, kRamp, 517},
+    {"NEON_Tetra10", 1.5f, {100, 101, 102, 104}, 101},
+    {"NEON_Hexadeca10", 2.0f, kThirds, 0},
+    {"QC_EV10", 1.5f, {65}, 65},
+    {"QC_EV10", -1.0f, {0}, 128},
+    {"VX_EV12", 0.5f, {4095}, 2175},
+};
+
+// The library and the reference, each by itself.
+TEST(Figures, CellsByHand) {
+    for (const Figure& figure : kFigures) {
+        const TestedOperation operation = Named(figure.operation);
+        const tarn_reference::Operation& rule = *operation.rule;
+        const int pitch = rule.cell == 1 ? 15 : 64;
+        Bytes source(1024), ours(6000), reference(6000);
+        for (size_t i = 0; i < figure.cell.size(); ++i) {
+            const size_t cell = static_cast<size_t>(rule.cell);
+            WritePixel(rule.in, source.data() + i / cell * 64, i % cell, figure.cell[i]);
+        }
+        const Geometry geometry{-1, pitch, 1, 1, rule.lineBytes > 0 ? 5120 : pitch, 1};
+        RunFrame({"engine", nullptr}, operation, source.data(), ours.data(), geometry, figure.gain);
+        tarn_reference::Run(rule, source.data(), reference.data(), geometry, figure.gain);
+        EXPECT_EQ(ReadPixel(rule.out, ours.data(), 0), figure.result) << figure.operation;
+        EXPECT_EQ(ReadPixel(rule.out, reference.data(), 0), figure.result) << figure.operation;
+    }
+}
+
+template <class Engine>
+int Pack(Packing packing, uint16_t* values, uint8_t* bytes, int count, int depth) {
+    return BitsPerPixel(packing) == 10 ? Engine().UnpackToPack_10bit(values, bytes, count, depth)
+                                       : Engine().UnpackToPack_12bit(values, bytes, count, depth);
+}
+int Pack(Packing packing, uint16_t* values, uint8_t* bytes, int count, int depth) {
+    return packing == Packing::QCRaw10 || packing == Packing::QCRaw12
+               ? Pack<TarnQCEngine>(packing, values, bytes, count, depth)
+               : Pack<TarnVXEngine>(packing, values, bytes, count, depth);
+}
+constexpr Packing kPackings[] = {Packing::QCRaw10, Packing::QCRaw12, Packing::VXRaw10,
+                                 Packing::VXRaw12};
+
+TEST(Figures, GroupsByHand) {
+    const struct {
+        Packing packing;
+        std::vector<uint16_t> pixels;
+        Bytes bytes;
+    } groups[] = {{Packing::QCRaw10, {1023, 0, 341, 682}, {0xFF, 0x00, 0x55, 0xAA, 0x93}},
+                  {Packing::VXRaw10, {1023, 0, 341, 682}, {0xFF, 0x03, 0x50, 0x95, 0xAA}},
+                  {Packing::QCRaw12, {0xABC, 0x123}, {0xAB, 0x12, 0x3C}},
+                  {Packing::VXRaw12, {0xABC, 0x123}, {0xBC, 0x3A, 0x12}}};
+    for (const auto& group : groups) {
+        auto pixels = group.pixels;
+        const auto count = static_cast<int>(pixels.size());
+        const auto bits = static_cast<int>(BitsPerPixel(group.packing));
+        Bytes bytes(group.bytes.size());
+        EXPECT_EQ(Pack(group.packing, pixels.data(), bytes.data(), count, bits), 0);
+        EXPECT_EQ(bytes, group.bytes);
+        for (size_t k = 0; k < pixels.size(); ++k) {
+            EXPECT_EQ(ReadPixel(group.packing, group.bytes.data(), k), pixels[k]);
+        }
+    }
+}
+
+// Pack, and compensate, `count` values between protected pages.
+class Values : public testing::Test {
+ protected:
+    uint16_t* Place(size_t count) {
+        auto* values =
+            values_.Place({1, static_cast<int64_t>(2 * count), 0}, GuardedFrame::Edge::End);
+        auto* own = reinterpret_cast<uint16_t*>(values_.Own(values));
+        for (size_t i = 0; i < count; ++i) own[i] = static_cast<uint16_t>(40503u * (i + 1 + count));
+        return reinterpret_cast<uint16_t*>(values);
+    }
+
+    GuardedFrame values_{GuardedFrame::Access::Writable, 1, 1 << 18};
+    GuardedFrame packed_{GuardedFrame::Access::Writable, 1, 1 << 18};
+};
+
+TEST_F(Values, PackersKeepTheTopBitsInWholeGroups) {
+    for (const Packing packing : kPackings) {
+        const auto bits = static_cast<int>(BitsPerPixel(packing));
+        const int group = GroupPixels(packing);
+        for (int count = -1; count < 300; count += count < 140 ? 1 : 13) {
+            const int depth = bits + std::max(count, 0) % (17 - bits);
+            const int groups = count < 1 ? 0 : (count + group - 1) / group;
+            uint16_t* values = Place(static_cast<size_t>(groups * group));
+            Bytes expected(static_cast<size_t>(groups * GroupBytes(packing)));
+            for (int x = 0; x < groups * group; ++x) {
+                values[x] = static_cast<uint16_t>(values[x] >> (16 - depth));
+                WritePixel(packing, expected.data(), static_cast<size_t>(x),
+                           static_cast<unsigned>(values[x] >> (depth - bits)));
+            }
+            const auto check = [&](const char* who, auto pack) {
+                uint8_t* bytes =
+                    packed_.Place({1, static_cast<int64_t>(expected.size()), 0},
+                                  count % 2 ? GuardedFrame::Edge::End : GuardedFrame::Edge::Begin);
+                pack(bytes);
+                EXPECT_EQ(packed_.Difference(expected), "") << who << count << " at " << depth;
+                packed_.Clear();
+            };
+            check("engine", [&](uint8_t* bytes) {
+                EXPECT_EQ(Pack(packing, values, bytes, count, depth), 0);
+            });
+            for (const Runner& runner : SelectedRunners()) {
+                if (!runner.kernels || groups == 0) continue;
+                check(runner.name.c_str(), [&](uint8_t* bytes) {
+                    const auto layout = static_cast<tarn::Layout>(packing);
+                    runner.kernels->Pack(layout)(values, bytes, groups, depth - bits);
+                });
+            }
+            for (const int senseless : {INT_MIN, -1, 0, 9, 17, 31, 64, INT_MAX}) {
+                std::vector<uint8_t> anything(expected.size());
+                Pack(packing, values, anything.data(), count, senseless);  // must not crash
+            }
+        }
+    }
+}
+
+TEST_F(Values, CompensationIsFusedForEveryValueDepthAndGain) {
+    std::vector<uint16_t> all(65536);
+    for (const float gain : Gains()) {
+        for (int depth = 10; depth <= 16; ++depth) {
+            std::vector<uint16_t> expected(all.size());
+            for (unsigned v = 0; v < all.size(); ++v) {
+                expected[v] = static_cast<uint16_t>(
+                    tarn_reference::Compensate(v, 1 << (depth - 4), (1 << depth) - 1, gain));
+                all[v] = static_cast<uint16_t>(v);
+            }
+            for (const Runner& runner : SelectedRunners()) {
+                auto made = all;
+                if (runner.kernels) {
+                    runner.kernels->evValues(made.data(), 65536, tarn::EvRuleOfDepth(depth, gain));
+                } else {
+                    EXPECT_EQ(TarnQCEngine().EVComp(made.data(), 65536, depth, gain), 0);
+                }
+                ASSERT_EQ(made, expected) << runner.name << " depth " << depth << " gain " << gain;
+            }
+        }
+    }
+}
+
+TEST_F(Values, CompensationStaysWithinItsValues) {
+    for (int count = -1; count < 150; ++count) {
+        const auto valid = static_cast<size_t>(std::max(count, 0));
+        uint16_t* values = Place(valid);
+        std::vector<uint16_t> expected(values, values + valid);
+        for (uint16_t& v : expected) {
+            v = static_cast<uint16_t>(tarn_reference::Compensate(v, 256, 4095, 1.37f));
+        }
+        Bytes before = values_.Content(), after(2 * valid);
+        if (valid > 0) std::memcpy(after.data(), expected.data(), after.size());
+        for (const Runner& runner : SelectedRunners()) {
+            values_.SetContent(before);
+            if (runner.kernels) {
+                runner.kernels->evValues(values, count, tarn::EvRuleOfDepth(12, 1.37f));
+            } else {
+                EXPECT_EQ(TarnVXEngine().EVComp(values, count, 12, 1.37f), 0);
+            }
+            EXPECT_EQ(values_.Difference(after), "") << runner.name << " count " << count;
+        }
+        for (const int senseless : {INT_MIN, -1, 0, 3, 17, 31, 64, INT_MAX}) {
+            TarnQCEngine().EVComp(values, count, senseless, 1e30f);  // must not crash
+        }
+    }
+}
+
+TEST_F(Values, MemcpyTakesItsSourceFirst) {
+    for (const int size : {INT_MIN, -5, 0, 1, 10, 15, 16, 37, 5120}) {
+        const auto bytes = static_cast<size_t>(std::max(size, 0));
+        uint16_t* source = Place((bytes + 1) / 2);
+        const Bytes expected(reinterpret_cast<uint8_t*>(source),
+                             reinterpret_cast<uint8_t*>(source) + bytes);
+        uint8_t* to = packed_.Place({1, static_cast<int64_t>(bytes), 0}, GuardedFrame::Edge::End);
+        TarnQCNEONEngine().neon_Memcpy(source, to, size);
+        EXPECT_EQ(packed_.Difference(expected), "") << size;
+        packed_.Clear();
+    }
+}
+
+TEST(Pitches, SinglePrecisionAndNegativeWidths) {
+    const struct {
+        int width, qc, vx;
+    } known[] = {{0, 0, 0},
+                 {1, 80, 40},
+                 {33, 80, 80},
+                 {64, 80, 80},
+                 {65, 160, 120},
+                 {4000, 5040, 5000},
+                 {4001, 5040, 5040},
+                 {9248, 11600, 11560},
+                 {-1, 0, 0},
+                 {-128, -160, -160},
+                 {16777217, 20971520, 20971520}};
+    for (const auto& pitch : known) {
+        EXPECT_EQ(TarnQCEngine().CalcStride(pitch.width), pitch.qc);
+        EXPECT_EQ(TarnQCNEONEngine().CalcStride(pitch.width), pitch.qc);
+        EXPECT_EQ(TarnVXEngine().CalcStride(pitch.width), pitch.vx);
+    }
+    for (const int width : {INT_MIN, INT_MIN + 1, -65, -33, 16777279, 16777280, 16777281, 33554433,
+                            1073741823, INT_MAX - 64, INT_MAX}) {
+        EXPECT_EQ(TarnQCEngine().CalcStride(width), tarn_reference::Pitch(width, 64)) << width;
+        EXPECT_EQ(TarnVXEngine().CalcStride(width), tarn_reference::Pitch(width, 32)) << width;
+    }
+}
+
+TEST(Pitches, OnlyMissingOnesAreReplaced) {
+    const struct {
+        BufferInfo given;
+        int qcIn, qcOut, vxIn, vxOut;
+    } cases[] = {{{4000, 0, 3000, 2000, 2000, 1500}, 5040, 2560, 5000, 2520},
+                 {{4000, 5000, 3000, 2000, 1500, 1500}, 5000, 2560, 5000, 2520},
+                 {{4000, 4000, 3000, 2000, 0, 1500}, 5040, 2560, 5000, 2520},
+                 {{4000, 3000, 3000, 2000, 1, 1500}, 5040, 1, 5000, 1}};
+    for (const auto& c : cases) {
+        BufferInfo qc = c.given, neon = c.given, vx = c.given;
+        EXPECT_EQ(TarnQCEngine().CheckStride(&qc), 0);
+        EXPECT_EQ(TarnQCNEONEngine().CheckStride(&neon), 0);
+        EXPECT_EQ(TarnVXEngine().CheckStride(&vx), 0);
+        EXPECT_EQ(std::memcmp(&qc, &neon, sizeof qc), 0);
+        EXPECT_EQ(std::pair(qc.inStride, qc.outStride), std::pair(c.qcIn, c.qcOut));
+        EXPECT_EQ(std::pair(vx.inStride, vx.outStride), std::pair(c.vxIn, c.vxOut));
+        EXPECT_EQ(std::pair(qc.inWidth, qc.outHeight),
+                  std::pair(c.given.inWidth, c.given.outHeight));
+    }
+}
+
+// Rows further apart than 31 bits can say: only the rows' own pages exist.
+class FarRows {
+ public:
+    FarRows(int rows, int pitch) : bytes_(static_cast<size_t>(rows) * static_cast<size_t>(pitch)) {
+        void* all =
+            mmap(nullptr, bytes_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (all == MAP_FAILED) throw std::runtime_error("mmap");
+        first = static_cast<uint8_t*>(all);
+        for (int y = 0; y < rows; ++y) {
+            mprotect(first + ptrdiff_t{y} * pitch, 8192, PROT_READ | PROT_WRITE);
+        }
+    }
+    ~FarRows() { munmap(first, bytes_); }
+    FarRows(const FarRows&) = delete;
+    FarRows& operator=(const FarRows&) = delete;
+
+    uint8_t* first;
+
+ private:
+    size_t bytes_;
+};
+
+TEST(Extremes, OffsetsPastTwoGigabytes) {
+    constexpr int kPitch = 1 << 30;
+    const FarRows source(12, kPitch), destination(3, kPitch);
+    for (const TestedOperation& operation : SelectedOperations()) {
+        if (operation.IsEv()) continue;
+        const int cell = operation.rule->cell;
+        for (int y = 0; y < 3 * cell; ++y)
+            std::memset(source.first + ptrdiff_t{y} * kPitch, 64 + y, 100);
+        const Geometry geometry{-1, kPitch, -1, 5, kPitch, 3};
+        RunFrame({"engine", nullptr}, operation, source.first, destination.first, geometry, 1.37f);
+        for (int y = 0; y < 3; ++y) {
+            const ptrdiff_t at = ptrdiff_t{y} * kPitch;
+            Bytes expected(8192);
+            Geometry row = geometry;
+            row.outHeight = 1;
+            tarn_reference::Run(*operation.rule, source.first + at * cell, expected.data(), row,
+                                1.37f);
+            EXPECT_EQ(std::memcmp(destination.first + at, expected.data(), 5120), 0)
+                << operation.rule->name << " row " << y;
+            std::memset(destination.first + at, 0, 8192);
+        }
+    }
+
+    // A compensated row is as long as its pitch: here the rows are only asked for, not walked.
+    static std::vector<uintptr_t> rows;
+    tarn::RowKernels recording{};
+    recording.ev[0] = [](const uint8_t* src, uint8_t*, ptrdiff_t, const tarn::EvRule&) {
+        rows.push_back(reinterpret_cast<uintptr_t>(src));
+    };
+    tarn::EvFrame(tarn::Layout::QCRaw10, recording, nullptr, nullptr, 3, INT_MAX, 1.0f);
+    EXPECT_EQ(rows, (std::vector<uintptr_t>{0, 0x7FFFFFFF, 0xFFFFFFFE}));
+}
+
+TEST(Extremes, NothingToDoReturnsAtOnce) {
+    const auto start = std::chrono::steady_clock::now();
+    for (const TestedOperation& operation : SelectedOperations()) {
+        if (operation.rule->lineBytes > 0) continue;  // delivers its empty lines
+        for (const int none : {0, -1, INT_MIN}) {
+            const Geometry noWidth{8,    operation.IsEv() ? 2 : 40, INT_MAX,
+                                   none, operation.IsEv() ? 2 : 40, INT_MAX};
+            const Geometry noHeight{8, 40, none, 8, 40, none};
+            const Geometry noPitch{8, none, INT_MAX, 9, none, operation.IsEv() ? INT_MAX : 0};
+            for (const Geometry& geometry : {noWidth, noHeight, noPitch}) {
+                EXPECT_EQ(
+                    RunFrame({"engine", nullptr}, operation, nullptr, nullptr, geometry, 2.0f), 0);
+            }
+        }
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST(Dispatch, Borders) {
+    using enum tarn::Operation;
+    const struct {
+        int option, inWidth, outWidth, inFormat, outFormat;
+        tarn::Operation operation;
+    } rows[] = {{0, 16000, 4000, 12, 12, QCHexadeca},
+                {0, 15999, 4000, 12, 12, QCNona},
+                {0, 12000, 4000, 1, 0, QCNona},
+                {0, 11999, 4000, 1, 0, QCTetra10},
+                {0, -16000, 4000, 1, 0, QCTetra10},
+                {0, 8000, 4000, 10, 19, QCTetra12},
+                {0, 8000, 4000, 9, 12, QCTetra10},
+                {0, 8000, 4000, 12, 20, QCTetra10},
+                {0, 8000, 8000, 19, 10, QCEVComp12},
+                {0, 8000, 8000, 12, 0, QCEVComp10},
+                {0, 20000, 20000, 1, 12, QCEVComp10},
+                {1, 20000, 20000, 12, 0, VXEVComp12},
+                {1, 8000, 8000, 20, 10, VXEVComp10},
+                {1, 16000, 8000, 12, 10, VXHexadeca},
+                {1, 15999, 8000, 12, 10, VXNona},
+                {1, 12000, 8000, 12, 10, VXNona},
+                {1, 11999, 8000, 19, 0, VXTetra12},
+                {1, 11999, 8000, INT_MIN, 10, VXTetra10},
+                {1, 8000, 4000, INT_MAX, 0, VXTetra10},
+                {1, 0, 4000, -5, 0, VXTetra10},
+                {2, 8000, 4000, 1, 0, None},
+                {-1, 8000, 8000, 12, 12, None},
+                {INT_MIN, 16000, 4000, 1, 0, None}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(tarn::ChooseOperation(row.option, row.inWidth, row.outWidth, row.inFormat,
+                                        row.outFormat),
+                  row.operation)
+            << row.option << " " << row.inWidth << " " << row.inFormat << " " << row.outFormat;
+    }
+}
+
+// Runs `work` on a painted stack of its own; returns how deep the paint was scratched.
+template <class Work>
+size_t StackUsed(Work work) {
+    constexpr size_t kBytes = 1 << 18;
+    std::vector<uint8_t> stack(kBytes + 4096, 0x5A);
+    uint8_t* base = stack.data() + (4096 - reinterpret_cast<uintptr_t>(stack.data()) % 4096);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstack(&attributes, base, kBytes);
+    pthread_t thread{};
+    const auto start = [](void* argument) -> void* {
+        (*static_cast<Work*>(argument))();
+        return nullptr;
+    };
+    EXPECT_EQ(pthread_create(&thread, &attributes, start, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    return static_cast<size_t>(
+        base + kBytes - std::find_if(base, base + kBytes, [](uint8_t b) { return b != 0x5A; }));
+}
+
+TEST(Extremes, SmallStacks) {
+#if defined(__SANITIZE_ADDRESS__) || TARN_SANITIZED
+    GTEST_SKIP() << "SKIPPED: sanitizers enlarge stack frames";
+#endif
+    Bytes source(1 << 17), destination(1 << 16);
+    const size_t thread = StackUsed([] {});
+    for (const TestedOperation& operation : SelectedOperations()) {
+        const auto run = [&] {
+            operation.engine(source.data(), destination.data(), {8000, 12000, 2, 333, 6000, 2},
+                             {1.0f, 2.0f});
+        };
+        run();
+        EXPECT_LE(StackUsed(run) - thread, 16u << 10) << operation.rule->name;
+    }
+    for (const int option : {0, 1}) {
+        TarnSolution solution;
+        solution.Init(option);
+        const auto run = [&] {
+            solution.Process(source.data(), destination.data(), {16000, 12000, 2, 333, 6000, 2});
+        };
+        EXPECT_LE(StackUsed(run) - thread, 32u << 10);
+    }
+}
+
+}  // namespace
+}  // namespace tarn_test

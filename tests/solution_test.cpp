@@ -1,0 +1,311 @@
+// The shipped library through its front end: life cycle, dispatch, and everything it does to the
+// platform, in order.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <memory>
+
+#include "TarnSolution.h"
+#include "reference/operation.h"
+#include "tests/support/platform.h"
+
+namespace tarn_test {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+struct Destroy {
+    void operator()(TarnBinningAbstract* solution) const { TarnSolution_destroy(solution); }
+};
+using Solution = std::unique_ptr<TarnBinningAbstract, Destroy>;
+
+class Front : public testing::Test {
+ protected:
+    Front() {
+        platform = Platform{};
+        platform.clocks = {{1000, 999999}, {1000, 123456}, {1001, 500999}, {1002, 1000}};
+        for (size_t i = 0; i < sizeof source; ++i) source[i] = static_cast<uint8_t>(i * 73 + i / 7);
+        setenv("TZ", "UTC", 1);
+    }
+
+    int Process(TarnBinningAbstract& tested, const BufferInfo& info) {
+        std::memset(destination, 0xA5, sizeof destination);
+        return tested.Process(source, destination, info);
+    }
+    std::string ProcessEvents(TarnBinningAbstract& tested, const BufferInfo& info) {
+        return EventsOf([&] { EXPECT_EQ(Process(tested, info), 0); });
+    }
+    bool Untouched() const {
+        for (const uint8_t byte : destination) {
+            if (byte != 0xA5) return false;
+        }
+        return true;
+    }
+    static std::string InitLine(int option, int level) {
+        return "4 initialize E (1.0.12), opt = " + std::to_string(option) + " " +
+               std::to_string(level);
+    }
+
+    Platform& platform = ThePlatform();
+    Solution solution{TarnSolution_initialize()};
+    uint8_t source[4096];
+    uint8_t destination[4096];
+    const BufferInfo tetra{16, 21, 8, 8, 11, 4};
+};
+
+// One frame of each dispatch row: what comes out, and what its operation logs.
+struct Road {
+    int option, inWidth, outWidth, inFormat, outFormat;
+    const char* operation;
+    Strings lines;
+};
+const Road kRoads[] = {
+    {0, 16, 8, 1, 0, "QC_Tetra10", {"3 CheckStride: CheckStride Stride : 120, 60"}},
+    {0, 16, 8, 12, 0, "QC_Tetra10", {"3 CheckStride: CheckStride Stride : 120, 60"}},
+    {0,
+     16,
+     8,
+     10,
+     19,
+     "QC_Tetra12",
+     {"3 Binning_12bit_Tetra: Binning_12bit_Tetra S",
+      "3 CheckStride: CheckStride Stride : 120, 60"}},
+    {0, 12000, 8, 12, 12, "QC_Nona10", {}},
+    {0, 16000, 8, 12, 12, "QC_Hexadeca10", {"3 CheckStride: CheckStride Stride : 120, 60"}},
+    {0, 20, 20, 9, 12, "QC_EV10", {}},
+    {0, 16000, 16000, 19, 10, "QC_EV12", {}},
+    {1, 16, 8, 9, 11, "VX_Tetra10", {"3 Binning_10bit_Tetra: VX Binning_10bit_Tetra E"}},
+    {1, 16, 8, 20, 10, "VX_Tetra10to12", {"3 Binning_10bit_Tetra: VX Binning_10bit_Tetra E"}},
+    {1, 16, 8, 10, 0, "VX_Tetra12to10", {"3 Binning_12bit_Tetra: VX Binning_12bit_Tetra E"}},
+    {1, 11999, 8, 19, 10, "VX_Tetra12", {"3 Binning_12bit_Tetra: VX Binning_12bit_Tetra E"}},
+    {1, 15999, 8, 12, 10, "VX_Nona10", {}},
+    {1, 16000, 8, 12, 12, "VX_Hexadeca10", {}},
+    {1, 16001, 8, 12, 10, "VX_Hexadeca10to12", {}},
+    {1, 20, 20, -5, 10, "VX_EV10", {}},
+    {1, 12000, 12000, 10, 0, "VX_EV12", {}},
+};
+
+TEST_F(Front, EveryRoadOfAFrame) {
+    for (const Road& road : kRoads) {
+        SCOPED_TRACE(road.operation);
+        platform.property = "2";
+        solution.reset(TarnSolution_initialize());
+        EXPECT_EQ(solution->Init(road.option), 0);
+        solution->SetParam(PROP_INPUT_FORMAT, static_cast<float>(road.inFormat));
+        solution->SetParam(PROP_OUTPUT_FORMAT, static_cast<float>(road.outFormat));
+        solution->SetParam(PROP_BRIGHTNESS_RATIO, 1.5f);
+        solution->SetParam(PROP_AUX_RATIO, 4.0f);
+        const BufferInfo info{road.inWidth, 120, 8, road.outWidth, 60, 2};
+
+        const std::string where = "open /data/vendor/camera/Tarn_";
+        const auto settings = [](int value) { return std::to_string(value); };
+        Strings lines = {"get",
+                         "3 Process: Process opt: " + settings(road.option) +
+                             ", BR: 1.500000, infmt: " + settings(road.inFormat) +
+                             ", outfmt: " + settings(road.outFormat),
+                         "get",
+                         "3 Process: Process " + settings(road.inWidth) + ", 120, 8, " +
+                             settings(road.outWidth) + ", 60, 2",
+                         "clock",
+                         "time",
+                         "clock",
+                         where + "srcTetraInput_20240131235959123_120x8.raw",
+                         "get",
+                         "3 DumpImage: DumpImage (srcTetraInput)  pitch = 120   height = 8"};
+        for (const std::string& line : road.lines) lines.insert(lines.end(), {"get", line});
+        lines.insert(lines.end(),
+                     {"time", "clock", where + "finalPackOutput_20240131235959500_60x2.raw", "get",
+                      "3 DumpImage: DumpImage (finalPackOutput)  pitch = 60   height = 2", "clock",
+                      "get", "3 Process: Processing Time is 1002"});
+        platform.clocksTaken = 0;
+        EXPECT_EQ(ProcessEvents(*solution, info), Joined(lines));
+
+        // Without the property the same reads and clocks happen, and no line is written.
+        std::erase_if(lines, [](const std::string& line) { return line[0] == '3'; });
+        platform.property.reset();
+        platform.clocksTaken = 0;
+        EXPECT_EQ(ProcessEvents(*solution, info), Joined(lines));
+
+        std::vector<uint8_t> expected(sizeof destination, 0xA5);
+        for (const tarn_reference::Operation& rule : tarn_reference::Operations()) {
+            if (rule.name != std::string(road.operation)) continue;
+            tarn_reference::Run(rule, source, expected.data(),
+                                {road.inWidth, 120, 8, road.outWidth, 60, 2}, 1.5f);
+        }
+        EXPECT_EQ(std::memcmp(destination, expected.data(), sizeof destination), 0);
+        EXPECT_FALSE(Untouched());
+    }
+}
+
+TEST_F(Front, DebugLevelFollowsThePropertyAtInit) {
+    const std::pair<const char*, int> texts[] = {{"0", 0},  {"7", 3},     {"2", 2},
+                                                 {"", 2},   {"-4", -4},   {"abc", 0},
+                                                 {"3x", 3}, {nullptr, 3}, {" 1", 1}};
+    for (const auto& [text, level] : texts) {
+        platform.property.reset();
+        if (text) platform.property = text;
+        EXPECT_EQ(EventsOf([&] { EXPECT_EQ(solution->Init(2), -1); }),
+                  Joined({"get", InitLine(2, level), "6 Please check to the solution option!"}));
+    }
+    platform.property = std::string(90, '0') + "1";  // the longest text there is
+    EXPECT_EQ(EventsOf([&] { EXPECT_EQ(solution->Init(1), 0); }), Joined({"get", InitLine(1, 1)}));
+}
+
+// Whatever the level was fixed to at Init, the lines follow the property of the moment.
+TEST_F(Front, StopwatchAndDumpsFollowTheDebugLevel) {
+    for (const int level : {-1, 0, 1, 2, 3}) {
+        platform.property = std::to_string(level);
+        solution.reset(TarnSolution_initialize());
+        solution->Init(0);
+        platform.property = "0";
+        const std::string events = ProcessEvents(*solution, tetra);
+        const std::string dump = "time\nclock\nopen ";
+        EXPECT_EQ(events.find("clock\n") != std::string::npos, level >= 1) << level;
+        EXPECT_EQ(events.find(dump) != std::string::npos, level >= 2) << level;
+        EXPECT_EQ(events.find("3 "), std::string::npos) << level;
+    }
+    EXPECT_EQ(platform.dumps.size(), 4u);
+}
+
+TEST_F(Front, InitOnceAndRefusals) {
+    EXPECT_EQ(solution->Init(1), 0);
+    EXPECT_EQ(EventsOf([&] { EXPECT_EQ(solution->Init(0), -1); }),
+              Joined({"get", InitLine(0, 0), "6 TarnSolution is already initialized!"}));
+    // The option stays changed: the QC family serves, whose engine was never made.
+    platform.property = "1";
+    EXPECT_NE(ProcessEvents(*solution, tetra).find("CheckStride"), std::string::npos);
+    EXPECT_FALSE(Untouched());
+
+    solution.reset(TarnSolution_initialize());  // never initialised: the QC family as well
+    EXPECT_NE(ProcessEvents(*solution, tetra).find("opt: 0, BR: 1.000000, infmt: 1, outfmt: 0"),
+              std::string::npos);
+    EXPECT_FALSE(Untouched());
+
+    EXPECT_EQ(solution->Init(2), -1);
+    EXPECT_NE(ProcessEvents(*solution, tetra).find("opt: 2"), std::string::npos);
+    EXPECT_TRUE(Untouched());
+    EXPECT_EQ(solution->Init(1), 0);
+}
+
+TEST_F(Front, SettingsAreConvertedTowardZeroAndSaturate) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    const std::pair<float, int> codes[] = {{12.9f, 12},
+                                           {-0.5f, 0},
+                                           {-2.7f, -2},
+                                           {std::numeric_limits<float>::quiet_NaN(), 0},
+                                           {3e9f, 2147483647},
+                                           {2147483648.0f, 2147483647},
+                                           {2147483520.0f, 2147483520},
+                                           {-3e9f, -2147483647 - 1},
+                                           {kInfinity, 2147483647},
+                                           {-kInfinity, -2147483647 - 1}};
+    platform.property = "1";
+    const BufferInfo nothing{16, 21, 8, 8, 11, 0};
+    for (const auto& [value, code] : codes) {
+        EXPECT_EQ(solution->SetParam(PROP_INPUT_FORMAT, value), 0);
+        EXPECT_EQ(solution->SetParam(PROP_OUTPUT_FORMAT, value), 0);
+        EXPECT_EQ(solution->SetParam(PROP_BRIGHTNESS_RATIO, value), 0);
+        for (const int unknown : {5, -1, 11, 2147483647}) {
+            EXPECT_EQ(solution->SetParam(static_cast<CameraProperty>(unknown), 99.0f), 0);
+        }
+        char line[160];
+        std::snprintf(line, sizeof line, "BR: %f, infmt: %d, outfmt: %d\n",
+                      static_cast<double>(value), code, code);
+        EXPECT_NE(ProcessEvents(*solution, nothing).find(line), std::string::npos) << line;
+    }
+}
+
+TEST_F(Front, AfterReleaseEverythingIsRefusedAndNothingTouched) {
+    solution->Init(0);
+    solution->Release();
+    EXPECT_EQ(EventsOf([&] {
+                  EXPECT_EQ(solution->Init(0), -1);
+                  EXPECT_EQ(solution->SetParam(PROP_INPUT_FORMAT, 12.0f), -1);
+                  EXPECT_EQ(Process(*solution, tetra), -1);
+                  solution->Release();
+              }),
+              "");
+    EXPECT_TRUE(Untouched());
+    TarnSolution_destroy(nullptr);
+}
+
+TEST_F(Front, EveryAllocationMayFail) {
+    for (int failing = 0; failing < 4; ++failing) {
+        platform.allocations = 0;
+        platform.unfreed = 0;
+        platform.allocationToFail = failing;
+        EventsOf([&] {
+            const Solution made{TarnSolution_initialize()};
+            EXPECT_EQ(made == nullptr, failing < 2);
+            if (!made) return;
+            EXPECT_EQ(made->Init(1), failing == 2 ? -1 : 0);
+            EXPECT_EQ(made->Init(1), failing == 2 ? 0 : -1);
+        });
+        EXPECT_EQ(platform.unfreed, 0);
+    }
+    platform.allocations = 0;
+    platform.allocationToFail = 0;
+    EventsOf([&] {
+        TarnSolution direct;
+        EXPECT_EQ(direct.Init(0), -1);
+        EXPECT_EQ(direct.SetParam(PROP_AUX_RATIO, 1.0f), -1);
+        EXPECT_EQ(Process(direct, tetra), -1);
+        direct.Release();
+    });
+    EXPECT_TRUE(Untouched());
+}
+
+TEST_F(Front, AFrameTakesNoMemory) {
+    solution->Init(0);
+    platform.allocations = 0;
+    ProcessEvents(*solution, tetra);
+    EXPECT_EQ(platform.allocations, 0);
+}
+
+// Dump sizes that make no sense give an empty file, and a directory that is missing one error line.
+TEST_F(Front, Dumps) {
+    platform.property = "2";
+    solution->Init(5);  // no operation: the geometry is for the dumps alone
+    platform.property.reset();
+    const auto size = [&](int pitch, int height) {
+        ProcessEvents(*solution, {16, pitch, height, 8, pitch, height});
+        std::ifstream file(platform.dumps.back(), std::ios::binary);
+        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+        EXPECT_TRUE(std::memcmp(bytes.data(), destination, bytes.size()) == 0);
+        return bytes.size();
+    };
+    EXPECT_EQ(size(21, 8), 21u * 8u);
+    const std::pair<int, int> senseless[] = {
+        {0, 8}, {21, 0}, {-21, 8}, {-21, -8}, {65536, 65537}, {46341, 46341}, {65536, 32768}};
+    for (const auto& [pitch, height] : senseless) EXPECT_EQ(size(pitch, height), 0u) << pitch;
+
+    setenv("TZ", "XXX-2", 1);  // the zone may change between frames
+    platform.dumpDirectoryExists = false;
+    platform.property = "1";
+    const std::string events = ProcessEvents(*solution, tetra);
+    const std::string path = "/data/vendor/camera/Tarn_srcTetraInput_20240201015959";
+    EXPECT_NE(events.find("open " + path), std::string::npos) << events;
+    EXPECT_NE(events.find("6 DumpImage: cannot open " + path), std::string::npos) << events;
+    EXPECT_EQ(events.find("DumpImage ("), std::string::npos) << events;
+    // Two lines of Process, two failed dumps, the timing line: no read of the property in between.
+    std::string kinds;
+    for (const std::string& event : platform.events) kinds += event[0];
+    EXPECT_EQ(kinds, "g3g3ctco6tco6cg3");
+}
+
+TEST_F(Front, SourceDumpHoldsTheSource) {
+    platform.property = "3";
+    solution->Init(0);
+    ProcessEvents(*solution, tetra);
+    std::ifstream file(platform.dumps.front(), std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    ASSERT_EQ(bytes.size(), 21u * 8u);
+    EXPECT_EQ(std::memcmp(bytes.data(), source, bytes.size()), 0);
+}
+
+}  // namespace
+}  // namespace tarn_test
