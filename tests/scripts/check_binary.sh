@@ -1,0 +1,24 @@
+#!/bin/sh
+# What the shared library is as a file: its exports, name and hardening.
+# usage: check_binary.sh library nm readelf expected-exports on-android(0|1)
+set -u
+library=$1 nm=$2 readelf=$3 expected=$4 android=$5
+status=0
+fail() { echo "FAILED: $*"; status=1; }
+
+work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT
+sed -e '/^#/d' -e '/^$/d' "$expected" >"$work/listed"
+[ "$android" = 1 ] || printf '%s\n' __android_log_print __system_property_get >>"$work/listed"
+LC_ALL=C sort "$work/listed" >"$work/wanted"
+"$nm" -D --defined-only "$library" | awk '{print $NF}' | LC_ALL=C sort >"$work/found"
+diff "$work/wanted" "$work/found" || fail "exports differ (< listed, > found)"
+
+elf=$("$readelf" -dlW "$library")
+has() { echo "$elf" | grep -Eq "$1" || fail "$2"; }
+has 'soname: \[libTarn\.camera\.mirova\.so\]' "the soname"
+has 'BIND_NOW|Flags: NOW' "immediate binding"
+has 'GNU_RELRO' "read-only relocations"
+has 'GNU_STACK [0-9a-fx ]* RW +0' "a stack that is not executable"
+echo "$elf" | awk '$1 == "LOAD" && $NF != "0x4000" && $NF != "0x10000" {bad = 1} END {exit bad}' ||
+    fail "segments aligned to 16 KiB"
+exit $status

@@ -1,0 +1,45 @@
+#!/bin/sh
+# Who may include whom, and whether the public headers compile alone.
+# usage: check_sources.sh root [compiler...]
+set -u
+root=$1
+shift
+cd "$root" || exit 1
+status=0
+fail() { echo "FAILED: $*"; status=1; }
+
+# folder, then the folders it may include from besides its own.
+check_folder() {
+    folder=$1
+    shift
+    own=$(find "$folder" -maxdepth "${depth:-9}" -name '*.h' -o -maxdepth "${depth:-9}" -name '*.cpp')
+    [ -n "$own" ] || fail "$folder: no sources"
+    for file in $own; do
+        for header in $(sed -n 's/^ *# *include *"\(.*\)".*/\1/p' "$file"); do
+            case $header in
+                */*) from=${header%/*} ;;
+                TarnSolution.h) from=include ;;
+                *) fail "$file: \"$header\" without its folder"; continue ;;
+            esac
+            for allowed in "$folder" "$@"; do [ "$from" = "$allowed" ] && continue 2; done
+            fail "$file must not include $header"
+        done
+    done
+}
+check_folder include
+check_folder platform
+check_folder layout include
+check_folder engines/kernels layout
+depth=1 check_folder engines include layout platform engines/kernels
+check_folder solution include layout platform engines
+check_folder reference
+
+for compiler; do
+    command -v "$compiler" >/dev/null || { echo "SKIPPED $compiler"; continue; }
+    for header in include/TarnSolution.h engines/TarnQCEngine.h engines/TarnVXEngine.h \
+        engines/TarnQCNEONEngine.h; do
+        "$compiler" -std=c++11 -x c++ -fsyntax-only -Wall -Wextra -Wpedantic -Werror -Iinclude \
+            -include "$header" /dev/null || fail "$header with $compiler"
+    done
+done
+exit $status
