@@ -76,7 +76,7 @@ void SayNotes(const Options& options, const BinTask& task) {
 Bytes ReadFrame(const std::string& path, const PackedFrame& frame) {
     const std::string name = InputName(path);
     const int64_t size = FileSize(path);
-    if (size >= 0) CheckFileSize(name, size, frame);
+    size >= 0 ? CheckFileSize(name, size, frame) : CheckMemory(frame);
     Bytes bytes = ReadFile(path, frame.Bytes());
     if (int64_t(bytes.size()) > frame.Bytes()) {
         throw UserError(Text(name, " holds more than the ", Grouped(frame.Bytes()), " bytes of ",
@@ -103,6 +103,7 @@ void Run(const Options& options) {
     CheckOutput(options.out, options.raw);
 
     const Bytes frame = ReadFrame(options.raw, task.in);
+    CheckMemory(task.out);
     Bytes binned(static_cast<size_t>(task.out.Bytes()));
     const double milliseconds = RunTask(task, frame.data(), binned.data());
     WriteFile(options.out, Encode(kind, task.out, std::move(binned), options.colours));
@@ -115,30 +116,36 @@ void Run(const Options& options) {
 
 std::function<void()> Declare(CLI::App& command) {
     const auto o = std::make_shared<Options>();
-    command.add_option("RAW", o->raw, "Packed frame to read; - is standard input")->required();
-    command
-        .add_option("-o,--out", o->out,
-                    "File to write; by its ending .pgm (16-bit, code values as they are) or .png "
-                    "(developed to colour), else a packed frame; - is standard output")
+    const auto add = [&command](const char* name, std::string& value, const char* type,
+                                const std::string& help) {
+        return command.add_option(name, value, help)->type_name(type);
+    };
+    add("RAW", o->raw, "", "Packed frame to read; - is standard input")->required();
+    add("-o,--out", o->out, "FILE",
+        "File to write: a 16-bit .pgm of the code values,\na .png developed to colour, else a "
+        "packed "
+        "frame;\n- is standard output")
         ->required();
-    command.add_option("-f,--format", o->layout, Text("Layout of RAW: ", kLayoutNames))->required();
-    command.add_option("-s,--size", o->size, "WIDTHxHEIGHT of RAW in pixels")->required();
-    command
-        .add_option("--cell", o->cell,
-                    "Pixels per side that become one: 2 (Tetra), 3 (Nona), 4 (Hexadeca); 1 bins "
-                    "nothing and applies the gain only")
+    add("-f,--format", o->layout, "LAYOUT", Text("Layout of RAW: ", kLayoutNames))->required();
+    add("-s,--size", o->size, "WxH", "Width and height of RAW in pixels")->required();
+    add("--cell", o->cell, "N",
+        "Pixels per side that become one: 2 (Tetra),\n3 (Nona), 4 (Hexadeca); 1 applies the gain "
+        "only")
         ->required();
-    command.add_option("--pitch", o->pitch,
-                       "Bytes from one row of RAW to the next [tight: no padding]");
-    command.add_option("--gain", o->gain, "Gain around the black level [1.0]");
-    command.add_option("--out-bits", o->outBits,
-                       "10 or 12: depth of the result of VX frames with cell 2 or 4 [as RAW]");
-    command.add_option("--out-pitch", o->outPitch, "Bytes from one packed row to the next [tight]");
-    command.add_option("--cfa", o->colours, "Colour order for .png: RGGB, GRBG, GBRG, BGGR [RGGB]");
-    command.add_option("--to", o->to, "raw, pgm or png, whatever the ending of the file's name");
+    add("--pitch", o->pitch, "BYTES", "From one row of RAW to the next [tight: no padding]");
+    add("--gain", o->gain, "FACTOR",
+        "Gain around the black level [1.0]. Binning applies it\nabove 1.0 only; --cell 1 always, "
+        "and lifts what lies\nbelow the black level to it");
+    add("--out-bits", o->outBits, "10|12",
+        "Depth of the result, for VX frames with cell 2 or 4\n[as RAW]");
+    add("--out-pitch", o->outPitch, "BYTES",
+        "From one packed row of the result to the next [tight]");
+    add("--cfa", o->colours, "ORDER", "Colours for .png: RGGB, GRBG, GBRG, BGGR [RGGB]");
+    add("--to", o->to, "KIND", "raw, pgm or png, whatever the ending of FILE");
     command.add_flag("-q,--quiet", o->quiet, "Say nothing but errors");
     command.footer(
-        "Example: tarn bin frame.raw -o out.pgm -f qc10 -s 8160x6120 --pitch 10240 --cell 2");
+        "Example:\n"
+        "  tarn bin frame.raw -o out.pgm -f qc10 -s 8160x6120 --pitch 10240 --cell 2 --gain 1.5\n");
     return [o] { Run(*o); };
 }
 

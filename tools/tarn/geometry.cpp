@@ -64,6 +64,13 @@ void SetPitch(const std::string& option, const std::string& text, PackedFrame* f
     }
 }
 
+void CheckMemory(const PackedFrame& frame) {
+    constexpr int64_t kMost = int64_t{4} << 30;
+    if (frame.Bytes() <= kMost) return;
+    throw UserError(Text(Describe(frame), " takes ", Grouped(frame.Bytes()), " bytes; at most ",
+                         Grouped(kMost), " are handled"));
+}
+
 void CheckFileSize(const std::string& name, int64_t bytes, const PackedFrame& frame) {
     if (bytes >= frame.LeastBytes() && bytes <= frame.Bytes()) return;
     std::string text = Text(name, " holds ", Grouped(bytes), " bytes; ", frame.width, "x",

@@ -28,6 +28,9 @@ Size ParseSize(const std::string& option, const std::string& text);
 // "tight", or nothing, gives the row's bytes; else a number of bytes that holds the row.
 void SetPitch(const std::string& option, const std::string& text, PackedFrame* frame);
 
+// Throws when a frame would take more memory than any camera's does: 4 GiB.
+void CheckMemory(const PackedFrame& frame);
+
 // Throws unless a file of that many bytes is one frame; the last row's padding may be missing.
 void CheckFileSize(const std::string& name, int64_t bytes, const PackedFrame& frame);
 

@@ -117,12 +117,15 @@ void CheckOutput(const std::string& path, const std::string& inputPath) {
         fs::equivalent(target, inputPath, ignored)) {
         throw UserError(Text(path, ": is the input itself; give the output another name"));
     }
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    if (access(folder.c_str(), F_OK) != 0) Refuse(path, errno);
     if (access(target.c_str(), F_OK) == 0) {
         if (access(target.c_str(), W_OK) != 0) Refuse(path, errno);
-    } else if (errno != ENOENT) {
+    } else if (errno != ENOENT || path.empty()) {
         Refuse(path, errno);
+    }
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    if (!WrittenDirectly(path) && access(folder.c_str(), W_OK) != 0) {
+        throw UserError(Text(path, ": cannot be written: folder ", folder.string(), ": ",
+                             std::strerror(errno)));
     }
 }
 
@@ -133,7 +136,9 @@ void WriteFile(const std::string& path, const Bytes& bytes) {
         if (file < 0) Refuse(path, errno);
         return WriteAndClose(file, path, bytes);
     }
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, RemoveTemporaryAndDie);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        if (std::signal(signal, RemoveTemporaryAndDie) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
     TemporaryFile(Target(path)).WriteAndRename(bytes);
 }
 

@@ -137,6 +137,7 @@ void Run(const Options& options) {
     const Size size = FrameSize(options, source, block);
     PackedFrame frame{layout, size.width, size.height, 0};
     SetPitch("--pitch", options.pitch, &frame);
+    CheckMemory(frame);
     const LevelMap map = MakeLevels(mosaic, bits, options.exposure);
     const std::vector<uint16_t> codes = Permute(mosaic, source, size, cell, map);
     WriteFile(options.out, kind == FileKind::Pgm ? EncodePgm(frame, codes) : Pack(frame, codes));
@@ -149,38 +150,38 @@ void Run(const Options& options) {
 
 std::function<void()> Declare(CLI::App& command) {
     const auto o = std::make_shared<Options>();
-    command
-        .add_option("SRC", o->source,
-                    "Camera raw of a Bayer sensor, or a PGM (P5) that holds a Bayer mosaic; - is "
-                    "standard input")
+    const auto add = [&command](const char* name, auto& value, const char* type,
+                                const std::string& help) {
+        return command.add_option(name, value, help)->type_name(type);
+    };
+    add("SRC", o->source, "",
+        "Camera raw of a Bayer sensor, or a PGM (P5) that\nholds a Bayer mosaic; - is standard "
+        "input")
         ->required();
-    command
-        .add_option("-o,--out", o->out,
-                    "File to write: a packed frame, or by the ending .pgm its code values; - is "
-                    "standard output")
+    add("-o,--out", o->out, "FILE",
+        "File to write: a 16-bit .pgm of the code values, else\na packed frame; - is standard "
+        "output")
         ->required();
-    command
-        .add_option("-f,--format", o->layout,
-                    Text("Layout to pack: ", kLayoutNames, "; 12 bits with --cell 1 or 2"))
+    add("-f,--format", o->layout, "LAYOUT",
+        Text("Layout to pack: ", kLayoutNames, ";\n12 bits with --cell 1 or 2"))
         ->required();
-    command
-        .add_option("--cell", o->cell,
-                    "2 (Tetra), 3 (Nona), 4 (Hexadeca), or 1 for a plain Bayer frame")
+    add("--cell", o->cell, "N", "2 (Tetra), 3 (Nona), 4 (Hexadeca), or 1 for a plain\nBayer frame")
         ->required();
-    command.add_option("--pitch", o->pitch, "Bytes from one row to the next [tight: no padding]");
-    command.add_option("-s,--size", o->size,
-                       "WIDTHxHEIGHT of the frame; the source is cut or repeated to reach it");
-    command.add_option("--black", o->black, "Black level of SRC [the camera's; 0 for PGM]");
-    command.add_option("--white", o->white, "White level of SRC [the camera's; maxval for PGM]");
-    command.add_option("--exposure", o->exposure, "Factor on the levels above black [1]");
-    command.add_option("--cfa", o->colours, "Colour order of SRC [the camera's; RGGB for PGM]");
-    command.add_option("--to", o->to, "raw or pgm, whatever the ending of the file's name");
+    add("--pitch", o->pitch, "BYTES", "From one row to the next [tight: no padding]");
+    add("-s,--size", o->size, "WxH",
+        "Size of the frame in pixels; SRC is cut or repeated to\nreach it [SRC's whole blocks]");
+    add("--black", o->black, "LEVEL", "Black level of SRC [the camera's; PGM: 0]");
+    add("--white", o->white, "LEVEL", "White level of SRC [the camera's; PGM: maxval]");
+    add("--exposure", o->exposure, "FACTOR", "On the levels above black [1]");
+    add("--cfa", o->colours, "ORDER", "Colour order of SRC [the camera's; PGM: RGGB]");
+    add("--to", o->to, "KIND", "raw or pgm, whatever the ending of FILE");
     command.add_flag("-q,--quiet", o->quiet, "Say nothing but errors");
     command.footer(
-        "Samples are permuted inside each block of 2x2 cells, none is invented: every one moves by "
-        "a few\npixels (1, 2 or 3), noise stays real. SRC's black level is moved to the library's: "
-        "64 at 10 bits,\n256 at 12 bits.\n"
-        "Example: tarn synth photo.CR2 -o frame.raw -f qc10 --cell 2 -s 8160x6120 --pitch 10240");
+        "Samples are permuted inside each block of 2x2 cells; none is invented, noise stays real,\n"
+        "and each moves by up to 1, 2 or 3 pixels. SRC's black level becomes the library's, 64 at\n"
+        "10 bits and 256 at 12; its white level the highest code.\n\n"
+        "Example:\n"
+        "  tarn synth photo.CR2 -o frame.raw -f qc10 --cell 2 -s 8160x6120 --pitch 10240\n");
     return [o] { Run(*o); };
 }
 
