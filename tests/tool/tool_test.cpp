@@ -178,12 +178,13 @@ std::string LittleEndian(unsigned value, int bytes) {
     return text;
 }
 
-// The least camera raw that is one: an uncompressed 16-bit DNG, GBRG, black 100, white 1059.
+// The least camera raw that is one: an uncompressed 16-bit DNG, GBRG, white 1059, with
+// a black level of its own for each colour position: 100, 96, 92, 88.
 std::string SmallDng(int width, int height, const std::string& samples) {
     struct Tag {
         unsigned id, type, count, value;  // types: 1 byte, 2 text, 3 short, 4 long
     };
-    const unsigned data = 512;
+    const unsigned data = 512, blacks = 500;
     const Tag tags[] = {{254, 4, 1, 0},
                         {256, 4, 1, unsigned(width)},
                         {257, 4, 1, unsigned(height)},
@@ -199,7 +200,8 @@ std::string SmallDng(int width, int height, const std::string& samples) {
                         {33421, 3, 2, 0x00020002},
                         {33422, 1, 4, 0x01000201},
                         {50706, 1, 4, 0x00000401},
-                        {50714, 4, 1, 100},
+                        {50713, 3, 2, 0x00020002},
+                        {50714, 3, 4, blacks},
                         {50717, 4, 1, 1059}};
     std::string dng = "II" + LittleEndian(42, 2) + LittleEndian(8, 4);
     dng += LittleEndian(sizeof tags / sizeof tags[0], 2);
@@ -207,6 +209,8 @@ std::string SmallDng(int width, int height, const std::string& samples) {
         dng += LittleEndian(tag.id, 2) + LittleEndian(tag.type, 2) + LittleEndian(tag.count, 4) +
                LittleEndian(tag.value, 4);
     }
+    dng.resize(blacks);
+    for (const unsigned black : {100, 96, 92, 88}) dng += LittleEndian(black, 2);
     dng.resize(data);
     return dng + samples;
 }
@@ -217,10 +221,13 @@ TEST_F(FrameTest, CameraRawsComeWithTheirLevelsAndColours) {
     Write("photo.dng", SmallDng(64, 48, samples));
     ASSERT_EQ(Tarn("synth photo.dng -o plain.pgm -f qc10 --cell 1"), 0) << said_;
     EXPECT_NE(said_.find("GBRG"), std::string::npos) << said_;
-    EXPECT_NE(said_.find("black 100, white 1059"), std::string::npos) << said_;
+    EXPECT_NE(said_.find("black 100/96/92/88, white 1059"), std::string::npos) << said_;
     const Picture plain = ReadPgm("plain.pgm");
     ASSERT_EQ(plain.codes.size(), 64u * 48);
-    for (int i = 0; i < 64 * 48; ++i) EXPECT_EQ(plain.codes[size_t(i)], 54 + i % 970);
+    for (int i = 0; i < 64 * 48; ++i) {
+        const int aboveBlack = 90 + i % 970 - (100 - i / 64 % 2 * 8 - i % 2 * 4);
+        EXPECT_EQ(plain.codes[size_t(i)], std::min(64 + aboveBlack, 1023));
+    }
 }
 
 }  // namespace

@@ -75,6 +75,13 @@ void OverrideLevels(const Options& options, Mosaic* mosaic) {
     }
 }
 
+// One level, or all four where they differ.
+std::string BlackText(const Mosaic& mosaic) {
+    const double* black = mosaic.black;
+    if (std::count(black, black + 4, black[0]) == 4) return Text(black[0]);
+    return Text(black[0], "/", black[1], "/", black[2], "/", black[3]);
+}
+
 void RequireBlocks(const std::string& what, int side, int block) {
     if (side % block == 0 && side > 0) return;
     const int floor = side / block * block;
@@ -144,7 +151,7 @@ void Run(const Options& options) {
 
     Say(options.quiet, options.out, ": ", kPatterns[cell], " frame, ", Describe(frame), ", ",
         mosaic.colours, ", black ", map.ourBlack, ", white ", map.ourWhite, "; from ", mosaic.width,
-        "x", mosaic.height, ", black ", mosaic.black[0], ", white ", mosaic.white,
+        "x", mosaic.height, ", black ", BlackText(mosaic), ", white ", mosaic.white,
         "; samples moved by up to ", cell - 1, " pixels");
 }
 
