@@ -9,6 +9,13 @@ else()
   set(tarn_host_exports "__android_log_print; __system_property_get;")
 endif()
 
+# Row kernels above the architecture's baseline: each file with its own flags. Always optimised: a
+# function of a shared header that is not inlined there would stay behind as a copy with those flags.
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+  set(tarn_level_sources engines/kernels/avx2.cpp)
+  set_source_files_properties(engines/kernels/avx2.cpp PROPERTIES COMPILE_OPTIONS "-O2;-mavx2;-mfma")
+endif()
+
 add_library(tarn_objects STATIC
   engines/TarnQCEngine.cpp
   engines/TarnQCNEONEngine.cpp
@@ -24,7 +31,8 @@ add_library(tarn_objects STATIC
   solution/diagnostics.cpp
   solution/dispatch.cpp
   solution/solution_impl.cpp
-  ${tarn_platform_sources})
+  ${tarn_platform_sources}
+  ${tarn_level_sources})
 target_include_directories(tarn_objects PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 if(NOT ANDROID)
   target_include_directories(tarn_objects PUBLIC ${PROJECT_SOURCE_DIR}/platform/host)

@@ -1,12 +1,18 @@
 #include "engines/kernels/levels.h"
 
 #include "engines/kernels/scalar.h"
+#ifdef __x86_64__
+#include "engines/kernels/avx2.h"
+#endif
 
 namespace tarn {
 namespace {
 
 constexpr Level kLevels[] = {
     {&kScalarKernels, [] { return true; }},
+#ifdef __x86_64__
+    {&kAvx2Kernels, [] { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); }},
+#endif
 };
 constexpr int kLevelCount = sizeof kLevels / sizeof kLevels[0];
 

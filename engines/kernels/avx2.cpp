@@ -1,0 +1,167 @@
+#include "engines/kernels/avx2.h"
+
+#include <utility>
+
+#include "engines/kernels/avx2_cells.h"
+#include "engines/kernels/avx2_gain.h"
+#include "engines/kernels/avx2_layouts.h"
+#include "engines/kernels/by_blocks.h"
+
+namespace tarn {
+namespace {
+
+// The black level of everything but the sums of nine.
+constexpr int kPedestal = 4096;
+
+// What the lanes of an operation hold: its sums, moved to the top.
+struct SumScale {
+    int shift;
+    int pedestal;
+    int limit;  // above the highest compensated sum
+    bool ninths;
+};
+
+constexpr SumScale ScaleOf(const BinningRecipe& recipe) {
+    const int range = recipe.SumScale() << Shape(recipe.in).bits;
+    int shift = 0;
+    while (range << (shift + 1) <= 0x10000) ++shift;
+    return {shift, range / 16 << shift, range << shift, recipe.Divisor() % 9 == 0};
+}
+
+// floor(sum / 9) at the top of the lane, from 4 sum; exact, with the remainder's bits below.
+TARN_INLINE __m256i Ninths(__m256i sums) {
+    return _mm256_slli_epi16(_mm256_mulhi_epu16(sums, Words(58255)), 1);
+}
+
+// A binning operation, one input row after another: that keeps reads in the order of the addresses,
+// which is worth more than the round trip of the sums through the first-level cache. The last row's
+// sums go straight to the output.
+template <BinningRecipe recipe>
+struct BinBlocks {
+    static constexpr int kPixels = kLanes;
+    static constexpr int kReadSlack = 0;
+    static constexpr int kWriteSlack = 0;
+
+    using Cells = CellSums<recipe.in, recipe.cell>;
+    using Out = LayoutType<recipe.out>;
+    static constexpr SumScale kScale = ScaleOf(recipe);
+
+    template <bool first>
+    TARN_INLINE void AddRow(const uint8_t* src, int blocks, uint16_t* rowSum) {
+        for (int i = 0; i < blocks; ++i, src += Cells::kBytes, rowSum += kLanes) {
+            const __m256i sums = Cells::template Load<kScale.shift>(src);
+            StoreLanes(rowSum, first ? sums : _mm256_add_epi16(sums, LoadLanes(rowSum)));
+        }
+    }
+
+    template <bool compensate>
+    TARN_INLINE __m256i Codes(__m256i sums, const Gain& gain) {
+        if constexpr (compensate) sums = Compensated(sums, gain);
+        if constexpr (compensate && kScale.limit < 0x10000) {
+            sums = _mm256_min_epu16(sums, Words(kScale.limit - 1));
+        }
+        return kScale.ninths ? Ninths(sums) : sums;
+    }
+
+    template <bool compensate>
+    TARN_INLINE void FinishRow(const uint8_t* src, uint8_t* dst, int blocks, const Gain& gain,
+                               const uint16_t* rowSum) {
+        for (int i = 0; i < blocks; ++i, src += Cells::kBytes, rowSum += kLanes) {
+            const __m256i row = Cells::template Load<kScale.shift>(src);
+            const __m256i sums = _mm256_add_epi16(row, LoadLanes(rowSum));
+            StoreBlock<Out>(dst, Avx2Layout<Out>::Pack(Codes<compensate>(sums, gain)));
+            dst += 2 * kHalfBytes<Out>;
+        }
+    }
+
+    static void Run(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, int blocks,
+                    const EvRule* ev, uint16_t* rowSum) {
+        AddRow<true>(src, blocks, rowSum);
+        for (int row = 1; row < recipe.cell - 1; ++row) {
+            AddRow<false>(src + row * srcPitch, blocks, rowSum);
+        }
+        src += (recipe.cell - 1) * srcPitch;
+        if (ev) {
+            FinishRow<true>(src, dst, blocks, MakeGain(ev->gain, kScale.pedestal), rowSum);
+        } else {
+            FinishRow<false>(src, dst, blocks, Gain{}, rowSum);
+        }
+    }
+};
+
+template <Binning operation>
+void BinRow(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, int count, const EvRule* ev,
+            uint16_t* rowSum) {
+    using Blocks = BinBlocks<Recipe(operation)>;
+    if (ev && !GainIsServed(ev->gain, Blocks::kScale.pedestal)) {
+        return kScalarKernels.Bin(operation)(src, srcPitch, dst, count, ev, rowSum);
+    }
+    BinRowByBlocks<operation, Blocks>(src, srcPitch, dst, count, ev, rowSum);
+}
+
+template <class L>
+struct EvBlocks {
+    static constexpr int kGroups = kLanes / L::kGroupPixels;
+    static constexpr int kReadSlack = 0;
+
+    static void Run(const uint8_t* src, uint8_t* dst, ptrdiff_t blocks, const EvRule& ev) {
+        const Gain gain = MakeGain(ev.gain, kPedestal);
+        for (; blocks > 0; --blocks) {
+            const __m256i pixels = Avx2Layout<L>::Unpack(src);
+            StoreBlock<L>(dst, Avx2Layout<L>::Pack(Compensated(pixels, gain)));
+            src += 2 * kHalfBytes<L>;
+            dst += 2 * kHalfBytes<L>;
+        }
+    }
+};
+
+template <Layout layout>
+void EvRow(const uint8_t* src, uint8_t* dst, ptrdiff_t groups, const EvRule& ev) {
+    using L = LayoutType<layout>;
+    if (!GainIsServed(ev.gain, kPedestal)) return kScalarKernels.Ev(layout)(src, dst, groups, ev);
+    EvRowByBlocks<L, EvBlocks<L>>(src, dst, groups, ev);
+}
+
+// Values stand at the bottom of their lanes, on the pedestal of their own depth.
+void EvValues(uint16_t* values, ptrdiff_t count, const EvRule& ev) {
+    const int pedestal = static_cast<int>(ev.pedestal);
+    if (GainIsServed(ev.gain, pedestal)) {
+        const Gain gain = MakeGain(ev.gain, pedestal);
+        const __m256i maximum = Words(static_cast<int>(ev.maximum));
+        for (; count >= kLanes; count -= kLanes, values += kLanes) {
+            const __m256i v = Compensated(LoadLanes(values), gain);
+            StoreLanes(values, _mm256_min_epu16(v, maximum));
+        }
+    }
+    kScalarKernels.evValues(values, count, ev);
+}
+
+template <Layout layout>
+void PackRow(const uint16_t* src, uint8_t* dst, ptrdiff_t groups, int shift) {
+    using L = LayoutType<layout>;
+    constexpr int kGroups = kLanes / L::kGroupPixels;
+    const __m128i down = _mm_cvtsi32_si128(shift);
+    for (; groups >= kGroups; groups -= kGroups, src += kLanes, dst += 2 * kHalfBytes<L>) {
+        const __m256i pixels = _mm256_srl_epi16(LoadLanes(src), down);
+        StoreBlock<L>(dst, Avx2Layout<L>::Pack(_mm256_slli_epi16(pixels, 16 - L::kBits)));
+    }
+    kScalarKernels.Pack(layout)(src, dst, groups, shift);
+}
+
+template <int... operation, int... layout>
+constexpr RowKernels MakeTable(std::integer_sequence<int, operation...>,
+                               std::integer_sequence<int, layout...>) {
+    return {"avx2",
+            {BinRow<Binning{operation}>...},
+            {EvRow<Layout{layout}>...},
+            EvValues,
+            {PackRow<Layout{layout}>...}};
+}
+
+}  // namespace
+
+constinit const RowKernels kAvx2Kernels =
+    MakeTable(std::make_integer_sequence<int, kBinningCount>{},
+              std::make_integer_sequence<int, kLayoutCount>{});
+
+}  // namespace tarn
