@@ -2,6 +2,9 @@
 // platform, in order.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -57,37 +60,63 @@ class Front : public testing::Test {
     const BufferInfo tetra{16, 21, 8, 8, 11, 4};
 };
 
-// One frame of each dispatch row: what comes out, and what its operation logs.
+// One frame of each dispatch row and of its borders: what comes out, and what its operation logs.
 struct Road {
-    int option, inWidth, outWidth, inFormat, outFormat;
+    int option, inWidth, outWidth;
+    float inFormat, outFormat;
     const char* operation;
-    Strings lines;
+    const char* entry;  // the operation's own line
+    bool checksStride;
 };
+const char kVX10[] = "3 Binning_10bit_Tetra: VX Binning_10bit_Tetra E";
+const char kVX12[] = "3 Binning_12bit_Tetra: VX Binning_12bit_Tetra E";
 const Road kRoads[] = {
-    {0, 16, 8, 1, 0, "QC_Tetra10", {"3 CheckStride: CheckStride Stride : 120, 60"}},
-    {0, 16, 8, 12, 0, "QC_Tetra10", {"3 CheckStride: CheckStride Stride : 120, 60"}},
-    {0,
-     16,
-     8,
-     10,
-     19,
-     "QC_Tetra12",
-     {"3 Binning_12bit_Tetra: Binning_12bit_Tetra S",
-      "3 CheckStride: CheckStride Stride : 120, 60"}},
-    {0, 12000, 8, 12, 12, "QC_Nona10", {}},
-    {0, 16000, 8, 12, 12, "QC_Hexadeca10", {"3 CheckStride: CheckStride Stride : 120, 60"}},
-    {0, 20, 20, 9, 12, "QC_EV10", {}},
-    {0, 16000, 16000, 19, 10, "QC_EV12", {}},
-    {1, 16, 8, 9, 11, "VX_Tetra10", {"3 Binning_10bit_Tetra: VX Binning_10bit_Tetra E"}},
-    {1, 16, 8, 20, 10, "VX_Tetra10to12", {"3 Binning_10bit_Tetra: VX Binning_10bit_Tetra E"}},
-    {1, 16, 8, 10, 0, "VX_Tetra12to10", {"3 Binning_12bit_Tetra: VX Binning_12bit_Tetra E"}},
-    {1, 11999, 8, 19, 10, "VX_Tetra12", {"3 Binning_12bit_Tetra: VX Binning_12bit_Tetra E"}},
-    {1, 15999, 8, 12, 10, "VX_Nona10", {}},
-    {1, 16000, 8, 12, 12, "VX_Hexadeca10", {}},
-    {1, 16001, 8, 12, 10, "VX_Hexadeca10to12", {}},
-    {1, 20, 20, -5, 10, "VX_EV10", {}},
-    {1, 12000, 12000, 10, 0, "VX_EV12", {}},
+    {0, 16, 8, 1, 0, "QC_Tetra10", "", true},
+    {0, -9, 8, 12, 9, "QC_Tetra10", "", true},
+    {0, 16, 8, 10, 19, "QC_Tetra12", "3 Binning_12bit_Tetra: Binning_12bit_Tetra S", true},
+    {0, 11999, 8, 20, 12, "QC_Tetra10", "", true},
+    {0, 12000, 8, 12, 12, "QC_Nona10", "", false},
+    {0, 15999, 8, 1, 0, "QC_Nona10", "", false},
+    {0, 16000, 8, 12, 12, "QC_Hexadeca10", "", true},
+    {0, 20, 20, 9, 12, "QC_EV10", "", false},
+    {0, 16000, 16000, 19, 10, "QC_EV12", "", false},
+    {1, 16, 8, 9, 11, "VX_Tetra10", kVX10, false},
+    {1, 11999, 8, -3e9f, 10, "VX_Tetra10to12", kVX10, false},
+    {1, 16, 8, 10, 0, "VX_Tetra12to10", kVX12, false},
+    {1, 11999, 8, 19, 10, "VX_Tetra12", kVX12, false},
+    {1, 12000, 8, 12, 10, "VX_Nona10", "", false},
+    {1, 15999, 8, 12, 10, "VX_Nona10", "", false},
+    {1, 16000, 8, 12, 12, "VX_Hexadeca10", "", false},
+    {1, 16000, 8, 12, 10, "VX_Hexadeca10to12", "", false},
+    {1, 20, 20, 3e9f, 10, "VX_EV10", "", false},
+    {1, 12000, 12000, 10, 0, "VX_EV12", "", false},
 };
+
+// The events of one such frame at debug level 2 and with the property set.
+Strings EventsOfRoad(const Road& road) {
+    char settings[128], geometry[128];
+    std::snprintf(settings, sizeof settings,
+                  "3 Process: Process opt: %d, BR: 1.500000, infmt: %lld, outfmt: %d", road.option,
+                  std::clamp<long long>(static_cast<long long>(road.inFormat), INT_MIN, INT_MAX),
+                  static_cast<int>(road.outFormat));
+    std::snprintf(geometry, sizeof geometry, "3 Process: Process %d, 120, 8, %d, 60, 2",
+                  road.inWidth, road.outWidth);
+    const std::string open = "open /data/vendor/camera/Tarn_";
+    const std::string dump = "3 DumpImage: DumpImage ";
+    Strings events = {"get", settings, "get", geometry, "clock"};
+    events.insert(events.end(),
+                  {"time", "clock", open + "srcTetraInput_20240131235959123_120x8.raw", "get",
+                   dump + "(srcTetraInput)  pitch = 120   height = 8"});
+    if (*road.entry) events.insert(events.end(), {"get", road.entry});
+    if (road.checksStride) {
+        events.insert(events.end(), {"get", "3 CheckStride: CheckStride Stride : 120, 60"});
+    }
+    events.insert(events.end(),
+                  {"time", "clock", open + "finalPackOutput_20240131235959500_60x2.raw", "get",
+                   dump + "(finalPackOutput)  pitch = 60   height = 2"});
+    events.insert(events.end(), {"clock", "get", "3 Process: Processing Time is 1002"});
+    return events;
+}
 
 TEST_F(Front, EveryRoadOfAFrame) {
     for (const Road& road : kRoads) {
@@ -95,40 +124,20 @@ TEST_F(Front, EveryRoadOfAFrame) {
         platform.property = "2";
         solution.reset(TarnSolution_initialize());
         EXPECT_EQ(solution->Init(road.option), 0);
-        solution->SetParam(PROP_INPUT_FORMAT, static_cast<float>(road.inFormat));
-        solution->SetParam(PROP_OUTPUT_FORMAT, static_cast<float>(road.outFormat));
+        solution->SetParam(PROP_INPUT_FORMAT, road.inFormat);
+        solution->SetParam(PROP_OUTPUT_FORMAT, road.outFormat);
         solution->SetParam(PROP_BRIGHTNESS_RATIO, 1.5f);
         solution->SetParam(PROP_AUX_RATIO, 4.0f);
         const BufferInfo info{road.inWidth, 120, 8, road.outWidth, 60, 2};
-
-        const std::string where = "open /data/vendor/camera/Tarn_";
-        const auto settings = [](int value) { return std::to_string(value); };
-        Strings lines = {"get",
-                         "3 Process: Process opt: " + settings(road.option) +
-                             ", BR: 1.500000, infmt: " + settings(road.inFormat) +
-                             ", outfmt: " + settings(road.outFormat),
-                         "get",
-                         "3 Process: Process " + settings(road.inWidth) + ", 120, 8, " +
-                             settings(road.outWidth) + ", 60, 2",
-                         "clock",
-                         "time",
-                         "clock",
-                         where + "srcTetraInput_20240131235959123_120x8.raw",
-                         "get",
-                         "3 DumpImage: DumpImage (srcTetraInput)  pitch = 120   height = 8"};
-        for (const std::string& line : road.lines) lines.insert(lines.end(), {"get", line});
-        lines.insert(lines.end(),
-                     {"time", "clock", where + "finalPackOutput_20240131235959500_60x2.raw", "get",
-                      "3 DumpImage: DumpImage (finalPackOutput)  pitch = 60   height = 2", "clock",
-                      "get", "3 Process: Processing Time is 1002"});
+        Strings events = EventsOfRoad(road);
         platform.clocksTaken = 0;
-        EXPECT_EQ(ProcessEvents(*solution, info), Joined(lines));
+        EXPECT_EQ(ProcessEvents(*solution, info), Joined(events));
 
         // Without the property the same reads and clocks happen, and no line is written.
-        std::erase_if(lines, [](const std::string& line) { return line[0] == '3'; });
+        std::erase_if(events, [](const std::string& event) { return event[0] == '3'; });
         platform.property.reset();
         platform.clocksTaken = 0;
-        EXPECT_EQ(ProcessEvents(*solution, info), Joined(lines));
+        EXPECT_EQ(ProcessEvents(*solution, info), Joined(events));
 
         std::vector<uint8_t> expected(sizeof destination, 0xA5);
         for (const tarn_reference::Operation& rule : tarn_reference::Operations()) {
@@ -275,7 +284,7 @@ TEST_F(Front, Dumps) {
         ProcessEvents(*solution, {16, pitch, height, 8, pitch, height});
         std::ifstream file(platform.dumps.back(), std::ios::binary);
         const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-        EXPECT_TRUE(std::memcmp(bytes.data(), destination, bytes.size()) == 0);
+        EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), reinterpret_cast<char*>(destination)));
         return bytes.size();
     };
     EXPECT_EQ(size(21, 8), 21u * 8u);

@@ -6,12 +6,12 @@ library=$1 nm=$2 readelf=$3 expected=$4 android=$5
 status=0
 fail() { echo "FAILED: $*"; status=1; }
 
-work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT
-sed -e '/^#/d' -e '/^$/d' "$expected" >"$work/listed"
-[ "$android" = 1 ] || printf '%s\n' __android_log_print __system_property_get >>"$work/listed"
-LC_ALL=C sort "$work/listed" >"$work/wanted"
-"$nm" -D --defined-only "$library" | awk '{print $NF}' | LC_ALL=C sort >"$work/found"
-diff "$work/wanted" "$work/found" || fail "exports differ (< listed, > found)"
+{
+    sed -e '/^#/d' -e '/^$/d' "$expected"
+    [ "$android" = 1 ] || printf '%s\n' __android_log_print __system_property_get
+} | LC_ALL=C sort >exports.wanted
+"$nm" -D --defined-only "$library" | awk '{print $NF}' | LC_ALL=C sort >exports.found
+diff exports.wanted exports.found || fail "exports differ (< listed, > found)"
 
 elf=$("$readelf" -dlW "$library")
 has() { echo "$elf" | grep -Eq "$1" || fail "$2"; }

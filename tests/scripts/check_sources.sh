@@ -8,20 +8,23 @@ cd "$root" || exit 1
 status=0
 fail() { echo "FAILED: $*"; status=1; }
 
-# folder, then the folders it may include from besides its own.
+# folder, then the folders it may include from besides its own; "public": any public header.
 check_folder() {
     folder=$1
     shift
-    own=$(find "$folder" -maxdepth "${depth:-9}" -name '*.h' -o -maxdepth "${depth:-9}" -name '*.cpp')
-    [ -n "$own" ] || fail "$folder: no sources"
-    for file in $own; do
+    [ -d "$folder" ] || return 0
+    for file in $(find "$folder" -maxdepth "${depth:-9}" -name '*.h' -o -maxdepth "${depth:-9}" -name '*.cpp'); do
         for header in $(sed -n 's/^ *# *include *"\(.*\)".*/\1/p' "$file"); do
             case $header in
+                Tarn*Engine.h) from=engines ;;
+                Tarn*.h) from=include ;;
                 */*) from=${header%/*} ;;
-                TarnSolution.h) from=include ;;
                 *) fail "$file: \"$header\" without its folder"; continue ;;
             esac
-            for allowed in "$folder" "$@"; do [ "$from" = "$allowed" ] && continue 2; done
+            for allowed in "$folder" "$@"; do
+                [ "$from" = "$allowed" ] && continue 2
+                case $allowed:${header##*/} in public:Tarn*.h) continue 2 ;; esac
+            done
             fail "$file must not include $header"
         done
     done
@@ -33,11 +36,12 @@ check_folder engines/kernels layout
 depth=1 check_folder engines include layout platform engines/kernels
 check_folder solution include layout platform engines
 check_folder reference
+check_folder tools/tarn public layout reference
+check_folder examples public
 
 for compiler; do
     command -v "$compiler" >/dev/null || { echo "SKIPPED $compiler"; continue; }
-    for header in include/TarnSolution.h engines/TarnQCEngine.h engines/TarnVXEngine.h \
-        engines/TarnQCNEONEngine.h; do
+    for header in include/*.h engines/Tarn*Engine.h; do
         "$compiler" -std=c++11 -x c++ -fsyntax-only -Wall -Wextra -Wpedantic -Werror -Iinclude \
             -include "$header" /dev/null || fail "$header with $compiler"
     done

@@ -75,7 +75,7 @@ std::vector<uint8_t> GuardedFrame::Content() const {
 }
 
 void GuardedFrame::SetContent(const std::vector<uint8_t>& content) {
-    std::memcpy(Slot(own_, 0) + low_, content.data(), bytes_);
+    std::copy_n(content.begin(), bytes_, Slot(own_, 0) + low_);
 }
 
 std::string GuardedFrame::Difference(const std::vector<uint8_t>& expected) const {

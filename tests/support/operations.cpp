@@ -1,6 +1,7 @@
 #include "tests/support/operations.h"
 
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -79,6 +80,27 @@ const Calls& CallsOf(const char* name) {
     std::abort();  // an operation that nothing tests
 }
 
+// What runs, for the moment it meets a protected page.
+uint64_t currentSeed = 0;
+std::string currentFrame;
+struct sigaction previousAction;
+
+void NameCrash(int signal) {
+    std::fprintf(stderr, "crash in %s, TARN_TEST_SEED=%llu TARN_TEST_CASES=1\n",
+                 currentFrame.c_str(), static_cast<unsigned long long>(currentSeed));
+    sigaction(signal, &previousAction, nullptr);  // and on: the access is tried again
+}
+
+void ExpectCrash(const std::string& frame) {
+    static const bool kInstalled = [] {
+        struct sigaction action {};
+        action.sa_handler = NameCrash;
+        return sigaction(SIGSEGV, &action, &previousAction) == 0;
+    }();
+    (void)kInstalled;
+    currentFrame = frame;
+}
+
 }  // namespace
 
 std::vector<TestedOperation> SelectedOperations() {
@@ -91,18 +113,21 @@ std::vector<TestedOperation> SelectedOperations() {
     return operations;
 }
 
-std::vector<Runner> SelectedRunners() {
-    std::vector<Runner> runners;
-    if (Matches("TARN_TEST_LEVEL", "engine")) runners.push_back({"engine", nullptr});
-    for (const tarn::Level& level : tarn::Levels()) {
-        const char* name = level.kernels->name;
-        if (!level.supported()) {
-            std::printf("SKIPPED %s\n", name);
-        } else if (Matches("TARN_TEST_LEVEL", name)) {
-            runners.push_back({name, level.kernels});
+const std::vector<Runner>& SelectedRunners() {
+    static const std::vector<Runner> kRunners = [] {
+        std::vector<Runner> runners;
+        if (Matches("TARN_TEST_LEVEL", "engine")) runners.push_back({"engine", nullptr});
+        for (const tarn::Level& level : tarn::Levels()) {
+            const char* name = level.kernels->name;
+            if (!level.supported()) {
+                std::printf("SKIPPED %s\n", name);
+            } else if (Matches("TARN_TEST_LEVEL", name)) {
+                runners.push_back({name, level.kernels});
+            }
         }
-    }
-    return runners;
+        return runners;
+    }();
+    return kRunners;
 }
 
 bool Serves(const Runner& runner, const TestedOperation& operation) {
@@ -111,6 +136,7 @@ bool Serves(const Runner& runner, const TestedOperation& operation) {
 
 int RunFrame(const Runner& runner, const TestedOperation& operation, const uint8_t* src,
              uint8_t* dst, const tarn_reference::Geometry& geometry, float gain) {
+    ExpectCrash(operation.rule->name + (" on " + runner.name));
     tarn_reference::Geometry g = geometry;
     if (!runner.kernels) {
         const BufferInfo info{g.inWidth,  g.inStride,  g.inHeight,
@@ -126,6 +152,10 @@ int RunFrame(const Runner& runner, const TestedOperation& operation, const uint8
                     {g.inWidth, g.inStride, g.inHeight, g.outWidth, g.outStride, g.outHeight},
                     gain);
     return 0;
+}
+
+void AnnounceCase(uint64_t seed) {
+    currentSeed = seed;
 }
 
 std::span<const float> Gains() {

@@ -34,13 +34,16 @@ struct Runner {
     std::string name;
     const tarn::RowKernels* kernels;
 };
-std::vector<Runner> SelectedRunners();
+const std::vector<Runner>& SelectedRunners();
 
 // Whether the runner can be asked for this frame at all (frame loops know no pitch rule).
 bool Serves(const Runner& runner, const TestedOperation& operation);
 
 int RunFrame(const Runner& runner, const TestedOperation& operation, const uint8_t* src,
              uint8_t* dst, const tarn_reference::Geometry& geometry, float gain);
+
+// What a crash in RunFrame is to name, beside the operation and the runner.
+void AnnounceCase(uint64_t seed);
 
 // Gains of every class, the pairs that tell a fused step from two among them.
 std::span<const float> Gains();

@@ -99,7 +99,7 @@ int __system_property_get(const char* name, char* value) {
     return static_cast<int>(property->size());
 }
 
-// A dump lands in the working directory; what is not a dump passes through.
+// A dump lands in the build folder; what is not a dump passes through.
 FILE* fopen(const char* path, const char* mode) {
     static const auto real =
         reinterpret_cast<FILE* (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "fopen"));
@@ -112,7 +112,8 @@ FILE* fopen(const char* path, const char* mode) {
         errno = ENOENT;
         return nullptr;
     }
-    platform.dumps.push_back("dump" + std::to_string(platform.dumps.size()) + ".raw");
+    platform.dumps.push_back(TARN_TEST_FOLDER "/dump" + std::to_string(platform.dumps.size()) +
+                             ".raw");
     FILE* file = real(platform.dumps.back().c_str(), mode);
     errno = EAGAIN;
     return file;

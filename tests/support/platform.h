@@ -19,7 +19,7 @@ struct Platform {
     time_t time = 1706745599;             // 2024-01-31 23:59:59 UTC
     std::vector<timeval> clocks;          // successive readings, then over again
     bool dumpDirectoryExists = true;
-    std::vector<std::string> dumps;  // where the dumps went, in the working directory
+    std::vector<std::string> dumps;  // where the dumps went
 
     int allocations = 0;  // of the library; the one numbered allocationToFail fails
     int allocationToFail = -1;
