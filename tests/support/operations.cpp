@@ -1,11 +1,13 @@
 #include "tests/support/operations.h"
 
+#include <bit>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <random>
 
 #include "engines/TarnQCEngine.h"
 #include "engines/TarnQCNEONEngine.h"
@@ -168,6 +170,30 @@ std::span<const float> Gains() {
         // Products past the range of 32-bit integers, and of floats.
         4096.5f, 2.1e6f, 1e10f, Limits::max(), -Limits::max(), Limits::denorm_min()};
     return kGains;
+}
+
+// Half of them between 1 and 32, half between 2^-12 and 2^12.
+float GainOf(uint64_t bits) {
+    const auto exponents = static_cast<uint32_t>(bits & 1 ? 5 : 24) << 23;
+    const uint32_t lowest = bits & 1 ? 0x3F800000u : 0x39800000u;
+    return std::bit_cast<float>(lowest + static_cast<uint32_t>(bits >> 32) % exponents);
+}
+
+std::vector<float> ManyGains() {
+    std::vector<float> gains(Gains().begin(), Gains().end());
+    std::mt19937_64 random(Seed());
+    for (long long i = Amount("TARN_TEST_GAINS", 100); i > 0; --i)
+        gains.push_back(GainOf(random()));
+    return gains;
+}
+
+uint64_t Seed() {
+    static const uint64_t kSeed = [] {
+        const long long seed = Setting("TARN_TEST_SEED", std::random_device{}());
+        std::printf("TARN_TEST_SEED=%lld\n", seed);
+        return static_cast<uint64_t>(seed);
+    }();
+    return kSeed;
 }
 
 long long Setting(const char* name, long long otherwise) {

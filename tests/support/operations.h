@@ -48,6 +48,15 @@ void AnnounceCase(uint64_t seed);
 // Gains of every class, the pairs that tell a fused step from two among them.
 std::span<const float> Gains();
 
+// Any gain that makes sense, to its last bit, out of 64 random ones.
+float GainOf(uint64_t bits);
+
+// Gains(), and TARN_TEST_GAINS more at random.
+std::vector<float> ManyGains();
+
+// Where all random work of this run starts: TARN_TEST_SEED, or a new seed each time. Printed once.
+uint64_t Seed();
+
 // A number from the environment, or the given one.
 long long Setting(const char* name, long long otherwise);
 
