@@ -17,12 +17,18 @@ constexpr const Verb* kVerbs[] = {&kBin, &kSynth};
 constexpr int kBrokenOff = 1;
 constexpr int kWrong = 2;
 
-std::string OneLine(const CLI::App* app, const CLI::Error& error) {
+// Whatever an argument or a file's name holds, a complaint stays one line.
+std::string OneLine(std::string text) {
+    for (char& c : text) {
+        if (static_cast<unsigned char>(c) < ' ') c = ' ';
+    }
+    return text + '\n';
+}
+
+std::string ArgumentComplaint(const CLI::App* app, const CLI::Error& error) {
     const auto used = app->get_subcommands();
     const std::string command = used.empty() ? "tarn" : "tarn " + used.front()->get_name();
-    std::string reason = error.what();
-    for (char& c : reason) c = c == '\n' ? ' ' : c;
-    return Text(command, ": ", reason, "; see ", command, " --help\n");
+    return OneLine(Text(command, ": ", error.what(), "; see ", command, " --help"));
 }
 
 // A missing or mistyped verb is worth a better answer than that one is required.
@@ -48,7 +54,7 @@ void OccupyStandardFiles() {
 int Run(int argc, char** argv) {
     if (argc < 2 || argv[1][0] != '-') CheckVerb(argc < 2 ? "" : argv[1]);
     CLI::App app("Bins packed raw frames of multi-cell colour-filter sensors.", "tarn");
-    app.failure_message(OneLine);
+    app.failure_message(ArgumentComplaint);
     app.get_formatter()->label("SUBCOMMAND", "VERB");
     app.set_version_flag("--version", TARN_VERSION);
     app.footer("tarn VERB --help tells more of each verb.");
@@ -69,7 +75,7 @@ int Run(int argc, char** argv) {
 }
 
 int Complain(int exitCode, const std::string& reason) {
-    std::cerr << "tarn: " << reason << std::endl;
+    std::cerr << OneLine("tarn: " + reason) << std::flush;
     return exitCode;
 }
 
