@@ -18,9 +18,9 @@ fail() {
 # The photograph is the example of Debian's package rawtran-doc (GPL-3+). dpkg-deb unpacks what
 # slim systems leave out when they install a package.
 fetch() {
-    local folder deb
+    local deb
     folder=$(mktemp -d)
-    trap 'rm -rf "$folder"' RETURN
+    trap 'rm -rf "$folder"' EXIT
     chmod 755 "$folder"
     # Run by root, apt downloads as its own user, to whom the folder must belong.
     if [[ $EUID == 0 ]] && id _apt >/dev/null 2>&1; then chown _apt "$folder"; fi
@@ -33,23 +33,26 @@ fetch() {
 
 # One pattern in one layout: make, bin, check, develop.
 show() {
-    local pattern=$1 cell=$2 layout=$3 size name said check
+    local pattern=$1 cell=$2 layout=$3 size name said check plain
     name=$out/$pattern-$layout
     said=$("$build/tarn" synth "$raw" -o "$name.raw" -f "$layout" --cell "$cell" 2>&1)
     size=$(sed -E 's/.* frame, ([0-9]+x[0-9]+) .*/\1/' <<<"$said")
+    # The four colours of a binned block come from one place of the photograph: interpolating them
+    # as if they lay apart would show as a grid.
     said=$("$build/tarn" bin "$name.raw" -o "$name.png" -f "$layout" -s "$size" --cell "$cell" \
-        --gain "$gain" 2>&1)
+        --gain "$gain" --half 2>&1)
 
     check="not checked: $build/check_binned is not built"
     if [[ -x $build/check_binned ]]; then
-        "$build/tarn" synth "$raw" -q -o "$out/plain.pgm" -f "$layout" --cell 1
+        plain=$out/plain-${layout:2}.pgm
+        [[ -s $plain ]] || "$build/tarn" synth "$raw" -q -o "$plain" -f "$layout" --cell 1
         "$build/tarn" synth "$raw" -q -o "$out/frame.pgm" -f "$layout" --cell "$cell"
         "$build/tarn" bin "$name.raw" -q -o "$out/binned.pgm" -f "$layout" -s "$size" \
             --cell "$cell" --gain "$gain"
-        check=$("$build/check_binned" "$out"/{plain,frame,binned}.pgm "$cell" "$gain" \
+        check=$("$build/check_binned" "$plain" "$out"/{frame,binned}.pgm "$cell" "$gain" \
             "${layout:0:2}") || fail "$pattern $layout: $check"
         check="equals the photograph's sums"
-        rm "$out"/{plain,frame,binned}.pgm
+        rm "$out"/{frame,binned}.pgm
     fi
     rm "$name.raw"
     printf '%-9s %s  %9s  %9s  %s  %s\n' "$pattern" "$layout" "$size" \
@@ -58,6 +61,7 @@ show() {
 
 [[ -x $build/tarn ]] || fail "$build/tarn is not built: ./run build"
 mkdir -p "$out"
+rm -f "$out"/*.pgm  # of a run that broke off
 [[ -s $raw ]] || fetch
 
 echo "IMG_5952.CR2, a camera's raw, as frames of multi-cell sensors; binned, gain $gain, developed."
@@ -71,3 +75,4 @@ for layout in qc10 vx10; do
 done
 show tetra 2 qc12
 show tetra 2 vx12
+rm -f "$out"/*.pgm

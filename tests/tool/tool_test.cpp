@@ -166,6 +166,12 @@ TEST_F(FrameTest, ADevelopedPictureIsBalancedAndBright) {
     ASSERT_EQ(pixels.size(), 64u * 48 * 3);
     double mean[3] = {};
     for (size_t i = 0; i < pixels.size(); ++i) mean[i % 3] += pixels[i] / (64.0 * 48);
+    ASSERT_EQ(Tarn("bin frame.raw -o half.png -f vx10 --cell 1 -s 64x48 --cfa GBRG --half"), 0);
+    png_image half{};
+    half.version = PNG_IMAGE_VERSION;
+    ASSERT_TRUE(png_image_begin_read_from_file(&half, "half.png"));
+    EXPECT_EQ(half.width, 32u);
+    png_image_free(&half);
     EXPECT_NEAR(mean[0], mean[1], 4);
     EXPECT_NEAR(mean[2], mean[1], 4);
     EXPECT_GT(mean[1], 90);

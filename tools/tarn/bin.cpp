@@ -20,6 +20,7 @@ struct Options {
     std::string outBits;
     std::string outPitch;
     std::string colours = "RGGB";
+    bool half = false;
     bool quiet = false;
 };
 
@@ -86,11 +87,11 @@ Bytes ReadFrame(const std::string& path, const PackedFrame& frame) {
     return bytes;
 }
 
-Bytes Encode(FileKind kind, const PackedFrame& frame, Bytes packed, const std::string& colours) {
+Bytes Encode(const Options& options, FileKind kind, const PackedFrame& frame, Bytes packed) {
     if (kind == FileKind::Packed) return packed;
     std::vector<uint16_t> codes = Unpack(frame, packed.data());
     if (kind == FileKind::Pgm) return EncodePgm(frame, codes);
-    return DevelopPng(frame, std::move(codes), colours);
+    return DevelopPng(frame, std::move(codes), options.colours, options.half);
 }
 
 void Run(const Options& options) {
@@ -106,7 +107,7 @@ void Run(const Options& options) {
     CheckMemory(task.out);
     Bytes binned(static_cast<size_t>(task.out.Bytes()));
     const double milliseconds = RunTask(task, frame.data(), binned.data());
-    WriteFile(options.out, Encode(kind, task.out, std::move(binned), options.colours));
+    WriteFile(options.out, Encode(options, kind, task.out, std::move(binned)));
 
     SayNotes(options, task);
     Say(options.quiet, options.out, ": ", Describe(task.out), " from ", Describe(task.in),
@@ -141,6 +142,8 @@ std::function<void()> Declare(CLI::App& command) {
     add("--out-pitch", o->outPitch, "BYTES",
         "From one packed row of the result to the next [tight]");
     add("--cfa", o->colours, "ORDER", "Colours for .png: RGGB, GRBG, GBRG, BGGR [RGGB]");
+    command.add_flag("--half", o->half,
+                     "For .png: one pixel for each 2x2 of the result, nothing\ninterpolated");
     add("--to", o->to, "KIND", "raw, pgm or png, whatever the ending of FILE");
     command.add_flag("-q,--quiet", o->quiet, "Say nothing but errors");
     command.footer(

@@ -69,11 +69,13 @@ struct FreeImage {
 };
 using Image = std::unique_ptr<libraw_processed_image_t, FreeImage>;
 
-Image Develop(const PackedFrame& frame, std::vector<uint16_t>& codes, const std::string& colours) {
+Image Develop(const PackedFrame& frame, std::vector<uint16_t>& codes, const std::string& colours,
+              bool half) {
     const int bits = Shape(frame.layout).bits;
     const auto raw = std::make_unique<LibRaw>();  // too large for the stack
     libraw_output_params_t& settings = raw->imgdata.params;
     settings.use_auto_wb = 1;
+    settings.half_size = half;
     settings.output_color = 0;   // the sensor's own: there is no matrix for it
     settings.gamm[0] = 1 / 2.4;  // sRGB, as a PNG without a gamma is taken
     settings.gamm[1] = 12.92;
@@ -133,8 +135,8 @@ Bytes EncodePgm(const PackedFrame& frame, const std::vector<uint16_t>& codes) {
     return bytes;
 }
 
-Bytes DevelopPng(const PackedFrame& frame, std::vector<uint16_t> codes,
-                 const std::string& colours) {
+Bytes DevelopPng(const PackedFrame& frame, std::vector<uint16_t> codes, const std::string& colours,
+                 bool half) {
     if (std::min(frame.width, frame.height) < kShortestSide ||
         std::max(frame.width, frame.height) > kLongestSide ||
         int64_t{frame.width} * frame.height > INT_MAX / 2) {
@@ -142,7 +144,7 @@ Bytes DevelopPng(const PackedFrame& frame, std::vector<uint16_t> codes,
                              " cannot be developed to a PNG: its sides must be from ",
                              kShortestSide, " to ", Grouped(kLongestSide)));
     }
-    const Image image = Develop(frame, codes, colours);
+    const Image image = Develop(frame, codes, colours, half);
     png_image png{};
     png.version = PNG_IMAGE_VERSION;
     png.width = image->width;

@@ -23,10 +23,11 @@ Bytes Pack(const PackedFrame& frame, const std::vector<uint16_t>& codes);
 // A 16-bit PGM of the codes as they are.
 Bytes EncodePgm(const PackedFrame& frame, const std::vector<uint16_t>& codes);
 
-// A picture in colour: black level taken off, white balance by the gray world, interpolated, and
-// brightened until the brightest hundredth is white. Throws UserError for a frame that is too
-// small or too large for it.
-Bytes DevelopPng(const PackedFrame& frame, std::vector<uint16_t> codes, const std::string& colours);
+// A picture in colour: black level taken off, white balance by the gray world, brightened until the
+// brightest hundredth is white. Interpolated, or with `half` one pixel for each 2x2 of the frame.
+// Throws UserError for a frame that is too small or too large for it.
+Bytes DevelopPng(const PackedFrame& frame, std::vector<uint16_t> codes, const std::string& colours,
+                 bool half);
 
 }  // namespace tarn::tool
 
