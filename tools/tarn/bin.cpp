@@ -110,9 +110,9 @@ void Run(const Options& options) {
     WriteFile(options.out, Encode(options, kind, task.out, std::move(binned)));
 
     SayNotes(options, task);
-    Say(options.quiet, options.out, ": ", Describe(task.out), " from ", Describe(task.in),
-        ", cell ", task.cell, ", gain ", task.gain, ": ", std::round(milliseconds * 100) / 100,
-        " ms");
+    Say(options.quiet, OutputName(options.out), ": ", Describe(task.out), " from ",
+        Describe(task.in), ", cell ", task.cell, ", gain ", task.gain, ": ",
+        std::round(milliseconds * 100) / 100, " ms");
 }
 
 std::function<void()> Declare(CLI::App& command) {
@@ -123,9 +123,8 @@ std::function<void()> Declare(CLI::App& command) {
     };
     add("RAW", o->raw, "", "Packed frame to read; - is standard input")->required();
     add("-o,--out", o->out, "FILE",
-        "File to write: a 16-bit .pgm of the code values,\na .png developed to colour, else a "
-        "packed "
-        "frame;\n- is standard output")
+        "File to write: a 16-bit .pgm of the code values,\n"
+        "a .png developed to colour, else a packed frame;\n- is standard output")
         ->required();
     add("-f,--format", o->layout, "LAYOUT", Text("Layout of RAW: ", kLayoutNames))->required();
     add("-s,--size", o->size, "WxH", "Width and height of RAW in pixels")->required();

@@ -108,6 +108,10 @@ class TemporaryFile {
 
 }  // namespace
 
+std::string OutputName(const std::string& path) {
+    return path == "-" ? "standard output" : path;
+}
+
 void CheckOutput(const std::string& path, const std::string& inputPath) {
     if (path == "-") return;
     const fs::path target = Target(path);
@@ -130,7 +134,7 @@ void CheckOutput(const std::string& path, const std::string& inputPath) {
 }
 
 void WriteFile(const std::string& path, const Bytes& bytes) {
-    if (path == "-") return WriteAll(STDOUT_FILENO, "standard output", bytes);
+    if (path == "-") return WriteAll(STDOUT_FILENO, OutputName(path), bytes);
     if (WrittenDirectly(path)) {
         const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
         if (file < 0) Refuse(path, errno);

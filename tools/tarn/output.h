@@ -8,6 +8,9 @@
 
 namespace tarn::tool {
 
+// The name of a file in messages: "standard output" for "-".
+std::string OutputName(const std::string& path);
+
 // Throws UserError when the output cannot be written, before work is spent on it: a folder, an
 // unwritable place, or the very file that is being read.
 void CheckOutput(const std::string& path, const std::string& inputPath);

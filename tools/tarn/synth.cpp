@@ -149,9 +149,9 @@ void Run(const Options& options) {
     const std::vector<uint16_t> codes = Permute(mosaic, source, size, cell, map);
     WriteFile(options.out, kind == FileKind::Pgm ? EncodePgm(frame, codes) : Pack(frame, codes));
 
-    Say(options.quiet, options.out, ": ", kPatterns[cell], " frame, ", Describe(frame), ", ",
-        mosaic.colours, ", black ", map.ourBlack, ", white ", map.ourWhite, "; from ", mosaic.width,
-        "x", mosaic.height, ", black ", BlackText(mosaic), ", white ", mosaic.white,
+    Say(options.quiet, OutputName(options.out), ": ", kPatterns[cell], " frame, ", Describe(frame),
+        ", ", mosaic.colours, ", black ", map.ourBlack, ", white ", map.ourWhite, "; from ",
+        mosaic.width, "x", mosaic.height, ", black ", BlackText(mosaic), ", white ", mosaic.white,
         "; samples moved by at most ", cell - 1, " pixels");
 }
 
@@ -186,9 +186,9 @@ std::function<void()> Declare(CLI::App& command) {
     command.footer(
         "Samples are permuted inside each block of 2x2 cells; none is invented, noise stays real,\n"
         "and each moves by up to 1, 2 or 3 pixels. SRC's black level becomes the library's, 64 at\n"
-        "10 bits and 256 at 12; its white level the highest code. The four colours of a block "
-        "come\n"
-        "from one place in SRC, not from cells apart: develop the binned frame with --half.\n\n"
+        "10 bits and 256 at 12; its white level the highest code. The four colours of a block\n"
+        "come from one place in SRC, not from cells apart: develop the binned frame with --half.\n"
+        "\n"
         "Example:\n"
         "  tarn synth photo.CR2 -o frame.raw -f qc10 --cell 2 -s 8160x6120 --pitch 10240\n");
     return [o] { Run(*o); };
