@@ -30,7 +30,7 @@ class Front : public testing::Test {
  protected:
     Front() {
         platform = Platform{};
-        platform.clocks = {{1000, 999999}, {1000, 123456}, {1001, 500999}, {1002, 1000}};
+        platform.clocks = {{1000, 999999}, {1000, 123000}, {1001, 500999}, {1002, 1000}};
         for (size_t i = 0; i < sizeof source; ++i) source[i] = static_cast<uint8_t>(i * 73 + i / 7);
         setenv("TZ", "UTC", 1);
     }
