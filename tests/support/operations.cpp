@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <stdexcept>
 
 #include "engines/TarnQCEngine.h"
 #include "engines/TarnQCNEONEngine.h"
@@ -112,6 +113,7 @@ std::vector<TestedOperation> SelectedOperations() {
         if (!Matches("TARN_TEST_OPERATION", rule.name)) continue;
         operations.push_back({&rule, calls.engine, calls.frame});
     }
+    if (operations.empty()) throw std::invalid_argument("TARN_TEST_OPERATION selects nothing");
     return operations;
 }
 
