@@ -4,6 +4,9 @@
 #ifdef __x86_64__
 #include "engines/kernels/avx2.h"
 #endif
+#ifdef __aarch64__
+#include "engines/kernels/neon.h"
+#endif
 
 namespace tarn {
 namespace {
@@ -12,6 +15,9 @@ constexpr Level kLevels[] = {
     {&kScalarKernels, [] { return true; }},
 #ifdef __x86_64__
     {&kAvx2Kernels, [] { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); }},
+#endif
+#ifdef __aarch64__
+    {&kNeonKernels, [] { return true; }},
 #endif
 };
 constexpr int kLevelCount = sizeof kLevels / sizeof kLevels[0];

@@ -1,0 +1,44 @@
+// Exposure compensation of a vector. Included by neon.cpp only.
+#ifndef TARN_ENGINES_KERNELS_NEON_GAIN_H_
+#define TARN_ENGINES_KERNELS_NEON_GAIN_H_
+
+#include "engines/kernels/neon_vector.h"
+
+namespace tarn {
+
+// pedestal + gain x (v - pedestal) as one fused multiply-add on d = max(v - pedestal, 0):
+// the bits 0x4B00'0000 + d are the float 2^23 + d, which saves the conversion, and
+//   gain x (2^23 + d) + (pedestal - gain x 2^23)
+// has the exact value of the rule before its one rounding as long as the float in brackets is
+// exact. That is so for gains from 2^-10 to the lowest set bit of the pedestal: there gain x 2^23
+// is at least twice the pedestal, and its own lowest bit not above that of the pedestal.
+struct Gain {
+    uint16x8_t pedestal;
+    float32x4_t factor;
+    float32x4_t offset;
+};
+
+TARN_INLINE bool GainIsServed(float gain, int pedestal) {
+    return gain >= 0x1p-10f && gain <= static_cast<float>(pedestal & -pedestal);
+}
+
+TARN_INLINE Gain MakeGain(float gain, int pedestal) {
+    return {Words(pedestal), vdupq_n_f32(gain),
+            vdupq_n_f32(static_cast<float>(pedestal) - gain * 0x1p23f)};
+}
+
+// Values of so many bits, moved to the top of their lanes: the conversion to a fraction of 2^bits
+// saturates, which is the upper clamp, and the upper halves are what is asked for.
+template <int bits>
+TARN_INLINE uint16x8_t Compensated(uint16x8_t v, const Gain& gain) {
+    const uint16x8_t above = vqsubq_u16(v, gain.pedestal);
+    const float32x4_t low = vreinterpretq_f32_u16(vzip1q_u16(above, Words(0x4B00)));
+    const float32x4_t high = vreinterpretq_f32_u16(vzip2q_u16(above, Words(0x4B00)));
+    const uint32x4_t a = vcvtq_n_u32_f32(vfmaq_f32(gain.offset, low, gain.factor), 32 - bits);
+    const uint32x4_t b = vcvtq_n_u32_f32(vfmaq_f32(gain.offset, high, gain.factor), 32 - bits);
+    return vuzp2q_u16(vreinterpretq_u16_u32(a), vreinterpretq_u16_u32(b));
+}
+
+}  // namespace tarn
+
+#endif  // TARN_ENGINES_KERNELS_NEON_GAIN_H_

@@ -1,0 +1,239 @@
+// A block of each layout, read and written. Included by neon.cpp only.
+#ifndef TARN_ENGINES_KERNELS_NEON_LAYOUTS_H_
+#define TARN_ENGINES_KERNELS_NEON_LAYOUTS_H_
+
+#include "engines/kernels/neon_vector.h"
+
+namespace tarn {
+
+// Pixels of the 10-bit layouts one by one: a lane takes the two bytes that hold its pixel, and a
+// shift moves it to the top.
+template <class L>
+struct PixelLanes;
+
+// The byte of low bits 33221100, whose field k goes to bits 7..6, below pixel k's own byte.
+template <>
+struct PixelLanes<QCRaw10> {
+    static constexpr int Byte(int pixel, int half) {
+        return pixel / 4 * 5 + (half ? pixel % 4 : 4);
+    }
+
+    template <class PixelOf>
+    TARN_INLINE uint16x8_t ToTop(uint8x16_t bytes, PixelOf pixelOf) {
+        const auto shift = Bytes([=](int i) { return i % 2 ? 0 : 6 - 2 * (pixelOf(i / 2) % 4); });
+        return vreinterpretq_u16_u8(vshlq_u8(bytes, vreinterpretq_s8_u8(shift)));
+    }
+};
+
+// Pixel k starts at bit 2k of byte k.
+template <>
+struct PixelLanes<VXRaw10> {
+    static constexpr int Byte(int pixel, int half) { return pixel / 4 * 5 + pixel % 4 + half; }
+
+    template <class PixelOf>
+    TARN_INLINE uint16x8_t ToTop(uint8x16_t bytes, PixelOf pixelOf) {
+        const auto shift = Bytes([=](int i) { return i % 2 ? 0 : 6 - 2 * (pixelOf(i / 2) % 4); });
+        return vshlq_u16(vreinterpretq_u16_u8(bytes), vreinterpretq_s16_u8(shift));
+    }
+};
+
+// Eight pixels that follow one another, other bits below them. Reads 16 bytes.
+template <class L>
+TARN_INLINE uint16x8_t EightPixels(const uint8_t* src) {
+    const auto pixel = [](int lane) { return lane; };
+    const auto pattern = Bytes([](int i) { return PixelLanes<L>::Byte(i / 2, i % 2); });
+    return PixelLanes<L>::ToTop(vqtbl1q_u8(vld1q_u8(src), pattern), pixel);
+}
+
+// 16 groups of five bytes: the first four of each, and the last of all.
+struct SixteenGroups {
+    uint8x16_t first[4];
+    uint8x16_t last;
+
+    TARN_INLINE SixteenGroups Load(const uint8_t* src) {
+        uint8x16_t v[5];
+        for (int i = 0; i < 5; ++i) v[i] = vld1q_u8(src + 16 * i);
+        SixteenGroups groups;
+        groups.first[0] = vqtbl2q_u8({{v[0], v[1]}}, FirstFrom(0));
+        groups.first[1] = vqtbl2q_u8({{v[1], v[2]}}, FirstFrom(4));
+        groups.first[2] = vqtbl2q_u8({{v[2], v[3]}}, FirstFrom(8));
+        groups.first[3] = vqtbl2q_u8({{v[3], v[4]}}, FirstFrom(12));
+        // Indices out of range give zero, or leave what is there.
+        const auto last = [](int from) { return Bytes([=](int i) { return 5 * i + 4 - from; }); };
+        groups.last = vqtbl2q_u8({{v[0], v[1]}}, last(0));
+        groups.last = vqtbx2q_u8(groups.last, {{v[2], v[3]}}, last(32));
+        groups.last = vqtbx1q_u8(groups.last, v[4], last(64));
+        return groups;
+    }
+
+ private:
+    // Four groups that begin `start` bytes on.
+    TARN_INLINE uint8x16_t FirstFrom(int start) {
+        return Bytes([=](int i) { return start + i / 4 * 5 + i % 4; });
+    }
+};
+
+// Writes 16 groups of five bytes: the first four of each from `first`, the last from `last`.
+TARN_INLINE void StoreGroups(uint8_t* dst, const uint8x16_t (&first)[4], uint8x16_t last) {
+    // Byte i counted from the group of which `first` has the byte `skipped`; 16 and up are `last`.
+    const auto pattern = [](int start, int base) {
+        return Bytes([=](int i) {
+            const int at = start + i;
+            return at % 5 == 4 ? 16 + at / 5 : at / 5 * 4 + at % 5 - base;
+        });
+    };
+    const auto store = [=](uint8_t* to, uint8x16_t bytes, uint8x16_t choice) {
+        vst1q_u8(to, vqtbl2q_u8({{bytes, last}}, choice));
+    };
+    store(dst, first[0], pattern(0, 0));
+    store(dst + 16, vextq_u8(first[0], first[1], 13), pattern(16, 13));
+    store(dst + 32, vextq_u8(first[1], first[2], 10), pattern(32, 26));
+    store(dst + 48, vextq_u8(first[2], first[3], 7), pattern(48, 39));
+    store(dst + 64, first[3], pattern(64, 48));
+}
+
+// Layouts, as blocks of kPixels in an order of their own:
+//   Unpack       pixels at the top of their lanes, zeros below
+//   Arranged     pixels in the row's order, brought to the layout's
+//   Pack<below>  takes the pixels above the lowest `below` bits of each lane; bits above them only
+//                where they end at the top
+template <class L>
+struct NeonLayout;
+
+// The row's order.
+template <class L>
+struct NeonTenBits {
+    static constexpr int kPixels = 64;
+    static constexpr int kReadSlack = 6;
+    using Block = Lanes<kPixels / kLanes>;
+
+    TARN_INLINE Block Unpack(const uint8_t* src) {
+        Block pixels;
+        for (int i = 0; i < 8; ++i) {
+            pixels.v[i] = vandq_u16(EightPixels<L>(src + 10 * i), Words(0xFFC0));
+        }
+        return pixels;
+    }
+    TARN_INLINE Block Arranged(const Block& pixels) { return pixels; }
+};
+
+template <>
+struct NeonLayout<QCRaw10> : NeonTenBits<QCRaw10> {
+    template <int below>
+    TARN_INLINE void Pack(const Block& pixels, uint8_t* dst) {
+        uint8x16_t high[4], two[4];
+        for (int i = 0; i < 4; ++i) {
+            high[i] = Narrow<below + 2>(pixels.v[2 * i], pixels.v[2 * i + 1]);
+            two[i] = Narrow < below == 6 ? 0 : below > (pixels.v[2 * i], pixels.v[2 * i + 1]);
+        }
+        const uint8x16_t low = Joined<below == 6, 4>(Joined<below == 6, 2>(two[0], two[1]),
+                                                     Joined<below == 6, 2>(two[2], two[3]));
+        StoreGroups(dst, high, low);
+    }
+
+ private:
+    // Fields of neighbouring bytes, the first one's below the second's.
+    template <bool atTop, int bits>
+    TARN_INLINE uint8x16_t Joined(uint8x16_t a, uint8x16_t b) {
+        const uint8x16_t even = vuzp1q_u8(a, b), odd = vuzp2q_u8(a, b);
+        if constexpr (atTop) {
+            return vsriq_n_u8(odd, even, bits);
+        } else {
+            return vsliq_n_u8(even, odd, bits);
+        }
+    }
+};
+
+template <>
+struct NeonLayout<VXRaw10> : NeonTenBits<VXRaw10> {
+    // Pixel k moved up by 2k bits covers its bits of bytes k and k+1.
+    template <int below>
+    TARN_INLINE void Pack(const Block& pixels, uint8_t* dst) {
+        const auto shift = Bytes([](int i) { return i % 2 ? 0 : i % 8 - below; });
+        uint8x16_t first[4], high[4];
+        for (int i = 0; i < 4; ++i) {
+            uint16x8_t placed[2];
+            for (int k = 0; k < 2; ++k) {
+                uint16x8_t v = pixels.v[2 * i + k];
+                if constexpr (below > 0) v = vandq_u16(v, Words(0xFFFF << below));
+                placed[k] = vshlq_u16(v, vreinterpretq_s16_u8(shift));
+            }
+            const uint8x16_t low = Narrow<0>(placed[0], placed[1]);
+            high[i] = Narrow<8>(placed[0], placed[1]);
+            first[i] = vreinterpretq_u8_u32(vmlaq_u32(
+                vreinterpretq_u32_u8(low), vreinterpretq_u32_u8(high[i]), vdupq_n_u32(256)));
+        }
+        StoreGroups(dst, first,
+                    vuzp2q_u8(vuzp2q_u8(high[0], high[1]), vuzp2q_u8(high[2], high[3])));
+    }
+};
+
+// First the groups' first pixels, then the second ones.
+struct NeonTwelveBits {
+    static constexpr int kPixels = 32;
+    static constexpr int kReadSlack = 0;
+    using Block = Lanes<kPixels / kLanes>;
+
+    TARN_INLINE Block Arranged(const Block& p) {
+        return {{vuzp1q_u16(p.v[0], p.v[1]), vuzp1q_u16(p.v[2], p.v[3]), vuzp2q_u16(p.v[0], p.v[1]),
+                 vuzp2q_u16(p.v[2], p.v[3])}};
+    }
+
+ protected:
+    // 16 lanes from their low and high bytes.
+    TARN_INLINE Lanes<2> Widened(uint8x16_t low, uint8x16_t high) {
+        return {{vreinterpretq_u16_u8(vzip1q_u8(low, high)),
+                 vreinterpretq_u16_u8(vzip2q_u8(low, high))}};
+    }
+    TARN_INLINE Block Both(const Lanes<2>& a, const Lanes<2>& b) {
+        return {{a.v[0], a.v[1], b.v[0], b.v[1]}};
+    }
+};
+
+template <>
+struct NeonLayout<QCRaw12> : NeonTwelveBits {
+    TARN_INLINE Block Unpack(const uint8_t* src) {
+        const uint8x16x3_t g = vld3q_u8(src);
+        return Both(Widened(vshlq_n_u8(g.val[2], 4), g.val[0]),
+                    Widened(vandq_u8(g.val[2], Bytes(0xF0)), g.val[1]));
+    }
+    template <int below>
+    TARN_INLINE void Pack(const Block& p, uint8_t* dst) {
+        uint8x16x3_t g;
+        g.val[0] = Narrow<below + 4>(p.v[0], p.v[1]);
+        g.val[1] = Narrow<below + 4>(p.v[2], p.v[3]);
+        if constexpr (below == 4) {
+            g.val[2] = vsriq_n_u8(Narrow<0>(p.v[2], p.v[3]), Narrow<0>(p.v[0], p.v[1]), 4);
+        } else {
+            g.val[2] = vsliq_n_u8(Narrow<below>(p.v[0], p.v[1]), Narrow<below>(p.v[2], p.v[3]), 4);
+        }
+        vst3q_u8(dst, g);
+    }
+};
+
+template <>
+struct NeonLayout<VXRaw12> : NeonTwelveBits {
+    TARN_INLINE Block Unpack(const uint8_t* src) {
+        const uint8x16x3_t g = vld3q_u8(src);
+        const uint8x16_t high = vsliq_n_u8(vshrq_n_u8(g.val[0], 4), g.val[1], 4);
+        return Both(Widened(vshlq_n_u8(g.val[0], 4), high),
+                    Widened(vandq_u8(g.val[1], Bytes(0xF0)), g.val[2]));
+    }
+    template <int below>
+    TARN_INLINE void Pack(const Block& p, uint8_t* dst) {
+        uint8x16x3_t g;
+        g.val[0] = Narrow<below>(p.v[0], p.v[1]);
+        if constexpr (below == 4) {
+            g.val[1] = vsriq_n_u8(Narrow<0>(p.v[2], p.v[3]), Narrow<8>(p.v[0], p.v[1]), 4);
+        } else {
+            g.val[1] =
+                vsliq_n_u8(Narrow<below + 8>(p.v[0], p.v[1]), Narrow<below>(p.v[2], p.v[3]), 4);
+        }
+        g.val[2] = Narrow<below + 4>(p.v[2], p.v[3]);
+        vst3q_u8(dst, g);
+    }
+};
+
+}  // namespace tarn
+
+#endif  // TARN_ENGINES_KERNELS_NEON_LAYOUTS_H_
