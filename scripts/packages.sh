@@ -1,7 +1,7 @@
 # What the commands of ./run need from Debian 12, and how it gets there. Sourced by ./run.
 
 packages_build="g++ cmake make"
-packages_tool="libcli11-dev libraw-dev libpng-dev pkg-config"
+packages_tool="libcli11-dev libraw-dev libpng-dev libtiff-dev nlohmann-json3-dev libcairo2-dev pkg-config"
 packages_test="googletest qemu-user binutils"
 packages_clang="clang-19 lld-19 llvm-19 libclang-rt-19-dev"
 packages_arm="g++-aarch64-linux-gnu qemu-user"
