@@ -3,34 +3,7 @@
 
 namespace {
 
-class ErrorsTest : public ToolTest {
- protected:
-    ErrorsTest() {
-        WriteMosaic("mosaic.pgm", 16, 8, 10);
-        Write("frame.raw", std::string(160, '\x40'));  // 16x8, 10 bits
-        Write("kept.raw", "what was there before");
-    }
-
-    static std::string Files() {
-        std::string names;
-        for (const auto& entry : std::filesystem::directory_iterator(".")) {
-            if (entry.path() != "./said.txt" && entry.path() != "./out.txt") {
-                names += entry.path().string() + " ";
-            }
-        }
-        return names;
-    }
-
-    void ExpectRefused(const std::string& arguments, int exitCode, const std::string& reason) {
-        SCOPED_TRACE(arguments);
-        const std::string before = Files();
-        EXPECT_EQ(Tarn(arguments), exitCode);
-        EXPECT_NE(said_.find(reason), std::string::npos) << said_;
-        EXPECT_EQ(said_.find('\n'), said_.size() - 1) << "not one line: " << said_;
-        EXPECT_EQ(Files(), before);
-        EXPECT_EQ(Read("kept.raw"), "what was there before");
-    }
-};
+using ErrorsTest = RefusalTest;
 
 TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
     const std::string bin = "bin frame.raw -o kept.raw ";
@@ -63,7 +36,7 @@ TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {bin + "-f vx12 -s 16x8 --cell 4", "12-bit frames can be binned 2x2 only"},
         {bin + "-f qc10 -s 2x64 --cell 3", "holds no 3x3 cell"},
         {bin + "-f qc10 -s 16x8 --cell 2 --to gif", "none of raw, pgm, png"},
-        {bin + "-f qc10 -s 16x8 --cell 2 --to png", "cannot be developed"},
+        {bin + "-f qc10 -s 16x8 --cell 2 --to png", "cannot become a PNG"},
         {bin + "-f qc10 -s 16x8 --cell 2 --cfa RGBW", "none of RGGB"},
         {"bin absent.raw -o kept.raw -f qc10 -s 16x8 --cell 2", "absent.raw: cannot be read"},
         {"bin . -o kept.raw -f qc10 -s 16x8 --cell 2", "is a folder"},

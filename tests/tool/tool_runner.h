@@ -64,4 +64,34 @@ class ToolTest : public ::testing::Test {
     std::string folder_;
 };
 
+// A frame, a mosaic and an existing output, none of which a refused run may touch.
+class RefusalTest : public ToolTest {
+ protected:
+    RefusalTest() {
+        WriteMosaic("mosaic.pgm", 16, 8, 10);
+        Write("frame.raw", std::string(160, '\x40'));  // 16x8, 10 bits
+        Write("kept.raw", "what was there before");
+    }
+
+    static std::string Files() {
+        std::string names;
+        for (const auto& entry : std::filesystem::directory_iterator(".")) {
+            if (entry.path() != "./said.txt" && entry.path() != "./out.txt") {
+                names += entry.path().string() + " ";
+            }
+        }
+        return names;
+    }
+
+    void ExpectRefused(const std::string& arguments, int exitCode, const std::string& reason) {
+        SCOPED_TRACE(arguments);
+        const std::string before = Files();
+        EXPECT_EQ(Tarn(arguments), exitCode);
+        EXPECT_NE(said_.find(reason), std::string::npos) << said_;
+        EXPECT_EQ(said_.find('\n'), said_.size() - 1) << "not one line: " << said_;
+        EXPECT_EQ(Files(), before);
+        EXPECT_EQ(Read("kept.raw"), "what was there before");
+    }
+};
+
 #endif  // TARN_TESTS_TOOL_TOOL_RUNNER_H_

@@ -20,13 +20,6 @@ const char* LayoutName(Layout layout) {
     return kNames[static_cast<int>(layout)];
 }
 
-Layout ParseLayout(const std::string& text) {
-    for (int i = 0; i < kLayoutCount; ++i) {
-        if (text == kNames[i]) return static_cast<Layout>(i);
-    }
-    throw UserError(Text("-f: unknown layout \"", text, "\"; there are ", kLayoutNames));
-}
-
 int64_t ParseNumber(const std::string& option, const std::string& text, int64_t least,
                     int64_t most) {
     int64_t number = 0;
@@ -64,11 +57,12 @@ void SetPitch(const std::string& option, const std::string& text, PackedFrame* f
     }
 }
 
-void CheckMemory(const PackedFrame& frame) {
-    constexpr int64_t kMost = int64_t{4} << 30;
-    if (frame.Bytes() <= kMost) return;
-    throw UserError(Text(Describe(frame), " takes ", Grouped(frame.Bytes()), " bytes; at most ",
-                         Grouped(kMost), " are handled"));
+void CheckMemory(const PackedFrame& frame, int64_t count) {
+    if (count <= kMostBytes / frame.Bytes()) return;
+    throw UserError(Text(count > 1 ? Text(count, " frames of ") : "", Describe(frame), " take",
+                         count > 1 ? " " : "s ", Grouped(frame.Bytes()),
+                         count > 1 ? " bytes each" : " bytes", "; at most ", Grouped(kMostBytes),
+                         " are handled at once"));
 }
 
 void CheckFileSize(const std::string& name, int64_t bytes, const PackedFrame& frame) {

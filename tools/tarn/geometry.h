@@ -9,11 +9,9 @@
 
 namespace tarn::tool {
 
-inline constexpr char kLayoutNames[] = "qc10, qc12, vx10, vx12";
+const char* LayoutName(Layout layout);
 
 // Each parser throws a UserError that names the option.
-Layout ParseLayout(const std::string& text);
-const char* LayoutName(Layout layout);
 
 // A whole number in a range.
 int64_t ParseNumber(const std::string& option, const std::string& text, int64_t least,
@@ -28,8 +26,11 @@ Size ParseSize(const std::string& option, const std::string& text);
 // "tight", or nothing, gives the row's bytes; else a number of bytes that holds the row.
 void SetPitch(const std::string& option, const std::string& text, PackedFrame* frame);
 
-// Throws when a frame would take more memory than any camera's does: 4 GiB.
-void CheckMemory(const PackedFrame& frame);
+// What is held in memory at once at most: more than any camera's frame.
+inline constexpr int64_t kMostBytes = int64_t{4} << 30;
+
+// Throws when so many frames take more than that.
+void CheckMemory(const PackedFrame& frame, int64_t count = 1);
 
 // Throws unless a file of that many bytes is one frame; the last row's padding may be missing.
 void CheckFileSize(const std::string& name, int64_t bytes, const PackedFrame& frame);

@@ -67,9 +67,10 @@ int64_t FileSize(const std::string& path) {
     return S_ISREG(status.st_mode) && path != "-" ? status.st_size : -1;
 }
 
-Bytes ReadFile(const std::string& path, int64_t most) {
+Bytes ReadFile(const std::string& path, int64_t most, int64_t begin) {
     FileSize(path);  // for its complaints
     const Descriptor file(path);
+    if (begin > 0 && lseek(file.Value(), begin, SEEK_SET) < 0) Refuse(path);
     return ReadToEnd(file.Value(), path, most);
 }
 

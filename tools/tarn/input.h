@@ -18,8 +18,9 @@ std::string InputName(const std::string& path);
 int64_t FileSize(const std::string& path);
 
 // Reads a file, or standard input for "-", up to its end; when it goes on past `most` bytes, the
-// result holds one byte more than that. Throws UserError.
-Bytes ReadFile(const std::string& path, int64_t most);
+// result holds one byte more than that. Only a regular file can be read from a later byte on.
+// Throws UserError.
+Bytes ReadFile(const std::string& path, int64_t most, int64_t begin = 0);
 
 }  // namespace tarn::tool
 

@@ -12,7 +12,7 @@
 namespace tarn::tool {
 namespace {
 
-constexpr const Verb* kVerbs[] = {&kBin, &kSynth, &kFormats};
+constexpr const Verb* kVerbs[] = {&kBin, &kSynth, &kConvert, &kFormats};
 
 constexpr int kBrokenOff = 1;
 constexpr int kWrong = 2;

@@ -10,7 +10,7 @@
 namespace tarn::tool {
 namespace {
 
-constexpr int64_t kMostBytes = int64_t{1} << 31;
+constexpr int64_t kMostFileBytes = int64_t{1} << 31;
 
 // Reads the next number of a PGM header, past blanks and comments; -1 when there is none.
 int64_t NextNumber(const Bytes& bytes, size_t* at) {
@@ -83,11 +83,29 @@ void TakeLevels(LibRaw* raw, Mosaic* mosaic) {
     mosaic->white = colour.maximum;
 }
 
+// A header can claim any size. No compression packs more pixels than these into a byte.
+void CheckSizes(const std::string& name, size_t bytes, const libraw_image_sizes_t& sizes) {
+    constexpr int64_t kMostPixelsPerByte = 32;
+    const int64_t pixels = int64_t{sizes.raw_width} * sizes.raw_height;
+    if (pixels > int64_t(bytes) * kMostPixelsPerByte) {
+        throw UserError(Text(name, ": claims ", sizes.raw_width, "x", sizes.raw_height,
+                             " pixels, but holds only ", Grouped(int64_t(bytes)), " bytes"));
+    }
+    if (sizes.left_margin + sizes.width > sizes.raw_width ||
+        sizes.top_margin + sizes.height > sizes.raw_height || sizes.width < 1 || sizes.height < 1) {
+        throw UserError(Text(name, ": its visible area is not inside its ", sizes.raw_width, "x",
+                             sizes.raw_height, " pixels"));
+    }
+}
+
 Mosaic ReadCameraRaw(const std::string& name, Bytes& bytes) {
     const auto raw = std::make_unique<LibRaw>();  // too large for the stack
     raw->set_dataerror_handler(nullptr, nullptr);
     int error = raw->open_buffer(bytes.data(), bytes.size());
-    if (error == LIBRAW_SUCCESS) error = raw->unpack();
+    if (error == LIBRAW_SUCCESS) {
+        CheckSizes(name, bytes.size(), raw->imgdata.sizes);
+        error = raw->unpack();
+    }
     if (error != LIBRAW_SUCCESS) {
         throw UserError(Text(name, ": is neither a PGM (P5) nor a camera raw that can be read: ",
                              libraw_strerror(error)));
@@ -101,6 +119,8 @@ Mosaic ReadCameraRaw(const std::string& name, Bytes& bytes) {
     const libraw_image_sizes_t& sizes = raw->imgdata.sizes;
     mosaic.width = sizes.width;
     mosaic.height = sizes.height;
+    mosaic.camera = true;
+    CheckSizes(name, bytes.size(), sizes);  // unpacking may have changed them
     TakeLevels(raw.get(), &mosaic);
     for (int y = 0; y < mosaic.height; ++y) {
         const ushort* row = image + size_t{sizes.raw_pitch} / 2 * (size_t(y) + sizes.top_margin) +
@@ -114,8 +134,9 @@ Mosaic ReadCameraRaw(const std::string& name, Bytes& bytes) {
 
 Mosaic ReadMosaic(const std::string& path) {
     const std::string name = InputName(path);
-    Bytes bytes = ReadFile(path, kMostBytes);
-    if (int64_t(bytes.size()) > kMostBytes) throw UserError(Text(name, ": is larger than 2 GiB"));
+    Bytes bytes = ReadFile(path, kMostFileBytes);
+    if (int64_t(bytes.size()) > kMostFileBytes)
+        throw UserError(Text(name, ": is larger than 2 GiB"));
     if (bytes.size() > 2 && bytes[0] == 'P' && bytes[1] == '5') return ReadPgm(name, bytes);
     return ReadCameraRaw(name, bytes);
 }

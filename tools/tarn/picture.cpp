@@ -1,31 +1,11 @@
 #include "tools/tarn/picture.h"
 
-#include <libraw/libraw.h>
-#include <png.h>
-
-#include <bit>
 #include <cctype>
-#include <memory>
 
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "LibRaw is told little-endian codes");
-
-// LibRaw's interpolation wants a border of a few pixels; its sizes are 16-bit.
-constexpr int kShortestSide = 16;
-constexpr int kLongestSide = 65535;
-
-std::string Ending(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    const size_t dot = path.rfind('.');
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
-    std::string ending = path.substr(dot + 1);
-    for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return ending;
-}
 
 template <class L>
 void UnpackRow(const uint8_t* bytes, int width, uint16_t* codes) {
@@ -51,55 +31,24 @@ constexpr decltype(&UnpackRow<QCRaw10>) kUnpackRow[] = {UnpackRow<QCRaw10>, Unpa
 constexpr decltype(&PackRow<QCRaw10>) kPackRow[] = {PackRow<QCRaw10>, PackRow<QCRaw12>,
                                                     PackRow<VXRaw10>, PackRow<VXRaw12>};
 
-unsigned char LibRawPattern(const std::string& colours) {
-    if (colours == "BGGR") return LIBRAW_OPENBAYER_BGGR;
-    if (colours == "GRBG") return LIBRAW_OPENBAYER_GRBG;
-    if (colours == "GBRG") return LIBRAW_OPENBAYER_GBRG;
-    return LIBRAW_OPENBAYER_RGGB;
-}
-
-void Expect(int libRawResult) {
-    if (libRawResult != LIBRAW_SUCCESS) {
-        throw RunError(Text("developing the frame failed: ", libraw_strerror(libRawResult)));
-    }
-}
-
-struct FreeImage {
-    void operator()(libraw_processed_image_t* image) const { LibRaw::dcraw_clear_mem(image); }
-};
-using Image = std::unique_ptr<libraw_processed_image_t, FreeImage>;
-
-Image Develop(const PackedFrame& frame, std::vector<uint16_t>& codes, const std::string& colours,
-              bool half) {
-    const int bits = Shape(frame.layout).bits;
-    const auto raw = std::make_unique<LibRaw>();  // too large for the stack
-    libraw_output_params_t& settings = raw->imgdata.params;
-    settings.use_auto_wb = 1;
-    settings.half_size = half;
-    settings.output_color = 0;   // the sensor's own: there is no matrix for it
-    settings.gamm[0] = 1 / 2.4;  // sRGB, as a PNG without a gamma is taken
-    settings.gamm[1] = 12.92;
-    const unsigned flags = static_cast<unsigned>(16 - bits) << 4;  // 16-bit codes, that many unused
-    Expect(raw->open_bayer(reinterpret_cast<unsigned char*>(codes.data()),
-                           static_cast<unsigned>(codes.size() * 2),
-                           static_cast<ushort>(frame.width), static_cast<ushort>(frame.height), 0,
-                           0, 0, 0, 0, LibRawPattern(colours), 0, flags, 1u << (bits - 4)));
-    Expect(raw->unpack());
-    Expect(raw->dcraw_process());
-    int error = LIBRAW_SUCCESS;
-    Image image(raw->dcraw_make_mem_image(&error));
-    Expect(error);
-    return image;
-}
-
 }  // namespace
+
+std::string Ending(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    const size_t dot = path.rfind('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
+    std::string ending = path.substr(dot + 1);
+    for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ending;
+}
 
 FileKind ParseFileKind(const std::string& to, const std::string& path) {
     const std::string kind = to.empty() ? Ending(path) : to;
     if (kind == "pgm") return FileKind::Pgm;
     if (kind == "png") return FileKind::Png;
+    if (kind == "dng") return FileKind::Dng;
     if (!to.empty() && to != "raw") {
-        throw UserError(Text("--to: \"", to, "\" is none of raw, pgm, png"));
+        throw UserError(Text("--to: \"", to, "\" is none of raw, pgm, png, dng"));
     }
     return FileKind::Packed;
 }
@@ -123,39 +72,39 @@ Bytes Pack(const PackedFrame& frame, const std::vector<uint16_t>& codes) {
     return bytes;
 }
 
-Bytes EncodePgm(const PackedFrame& frame, const std::vector<uint16_t>& codes) {
-    const int maximum = (1 << Shape(frame.layout).bits) - 1;
-    const std::string header = Text("P5\n", frame.width, " ", frame.height, "\n", maximum, "\n");
+void UseOurLevels(Picture* picture) {
+    picture->black = 1 << (picture->bits - 4);
+    picture->white = (1 << picture->bits) - 1;
+}
+
+Balance BalanceOf(const Picture& picture) {
+    if (picture.balance[0] > 0) return picture.balance;
+    double sum[3] = {}, count[3] = {};
+    for (size_t i = 0; i < picture.codes.size(); ++i) {
+        const size_t width = static_cast<size_t>(picture.width);
+        const char letter = picture.colours[i / width % 2 * 2 + i % width % 2];
+        const size_t colour = letter == 'R' ? 0 : letter == 'G' ? 1 : 2;
+        if (picture.codes[i] >= picture.white) continue;  // clipped: its colour is lost
+        sum[colour] += picture.codes[i] - picture.black;
+        count[colour] += 1;
+    }
+    Balance balance{1, 1, 1};
+    for (size_t c = 0; c < 3; ++c) {
+        const double factor = sum[1] / std::max(count[1], 1.0) * count[c] / sum[c];
+        if (sum[1] > 0 && sum[c] > 0) balance[c] = std::clamp(factor, 0.1, 10.0);
+    }
+    return balance;
+}
+
+Bytes EncodePgm(const Picture& picture) {
+    const std::string header =
+        Text("P5\n", picture.width, " ", picture.height, "\n", (1 << picture.bits) - 1, "\n");
     Bytes bytes(header.begin(), header.end());
-    bytes.reserve(header.size() + codes.size() * 2);
-    for (const uint16_t code : codes) {
+    bytes.reserve(header.size() + picture.codes.size() * 2);
+    for (const uint16_t code : picture.codes) {
         bytes.push_back(static_cast<uint8_t>(code >> 8));
         bytes.push_back(static_cast<uint8_t>(code));
     }
-    return bytes;
-}
-
-Bytes DevelopPng(const PackedFrame& frame, std::vector<uint16_t> codes, const std::string& colours,
-                 bool half) {
-    if (std::min(frame.width, frame.height) < kShortestSide ||
-        std::max(frame.width, frame.height) > kLongestSide ||
-        int64_t{frame.width} * frame.height > INT_MAX / 2) {
-        throw UserError(Text("a frame of ", frame.width, "x", frame.height,
-                             " cannot be developed to a PNG: its sides must be from ",
-                             kShortestSide, " to ", Grouped(kLongestSide)));
-    }
-    const Image image = Develop(frame, codes, colours, half);
-    png_image png{};
-    png.version = PNG_IMAGE_VERSION;
-    png.width = image->width;
-    png.height = image->height;
-    png.format = PNG_FORMAT_RGB;
-    Bytes bytes(PNG_IMAGE_PNG_SIZE_MAX(png));
-    png_alloc_size_t size = bytes.size();
-    if (!png_image_write_to_memory(&png, bytes.data(), &size, 0, image->data, 0, nullptr)) {
-        throw RunError(Text("making the PNG failed: ", png.message));
-    }
-    bytes.resize(size);
     return bytes;
 }
 

@@ -1,7 +1,8 @@
-// A packed frame in the form a file holds it: packed, as a PGM of its codes, or developed to a PNG.
+// A frame as its codes, and how files of packed frames and PGM hold them.
 #ifndef TARN_TOOL_PICTURE_H_
 #define TARN_TOOL_PICTURE_H_
 
+#include <array>
 #include <string>
 
 #include "tools/tarn/input.h"
@@ -9,10 +10,34 @@
 
 namespace tarn::tool {
 
-enum class FileKind { Packed, Pgm, Png };
+enum class FileKind { Packed, Pgm, Png, Dng };
 
 // By the --to option where it is given, else by the ending of the file's name.
 FileKind ParseFileKind(const std::string& to, const std::string& path);
+
+// The ending of a file's name, in lower case, without the dot.
+std::string Ending(const std::string& path);
+
+inline constexpr char kColourLetters[] = "RGB";
+using Balance = std::array<double, 3>;  // factors on red, green, blue
+
+// Codes, and what makes a picture of them where they are a plain Bayer mosaic.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    int bits = 0;  // that a code has
+    std::vector<uint16_t> codes{};
+    std::string colours{};  // of the top left 2x2; empty when there are none
+    double black = 0;
+    double white = 0;
+    Balance balance{};  // all zero: by the grey world
+};
+
+// The library's black level for that depth, and the highest code for white.
+void UseOurLevels(Picture* picture);
+
+// The white balance that the picture asks for, or that makes its mean grey.
+Balance BalanceOf(const Picture& picture);
 
 // The codes of a frame, row by row.
 std::vector<uint16_t> Unpack(const PackedFrame& frame, const uint8_t* bytes);
@@ -21,13 +46,7 @@ std::vector<uint16_t> Unpack(const PackedFrame& frame, const uint8_t* bytes);
 Bytes Pack(const PackedFrame& frame, const std::vector<uint16_t>& codes);
 
 // A 16-bit PGM of the codes as they are.
-Bytes EncodePgm(const PackedFrame& frame, const std::vector<uint16_t>& codes);
-
-// A picture in colour: black level taken off, white balance by the gray world, brightened until the
-// brightest hundredth is white. Interpolated, or with `half` one pixel for each 2x2 of the frame.
-// Throws UserError for a frame that is too small or too large for it.
-Bytes DevelopPng(const PackedFrame& frame, std::vector<uint16_t> codes, const std::string& colours,
-                 bool half);
+Bytes EncodePgm(const Picture& picture);
 
 }  // namespace tarn::tool
 

@@ -5,6 +5,7 @@
 // sum over a cell is the sum over the block's samples of that colour.
 #include <cmath>
 
+#include "tools/tarn/formats.h"
 #include "tools/tarn/geometry.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/mosaic.h"
@@ -121,8 +122,17 @@ std::vector<uint16_t> Permute(const Mosaic& mosaic, Size source, Size frame, int
     return codes;
 }
 
+Bytes Encode(FileKind kind, const PackedFrame& frame, std::vector<uint16_t>& codes) {
+    if (kind == FileKind::Packed) return Pack(frame, codes);
+    return EncodePgm({.width = frame.width,
+                      .height = frame.height,
+                      .bits = Shape(frame.layout).bits,
+                      .codes = std::move(codes)});
+}
+
 void Run(const Options& options) {
-    const Layout layout = ParseLayout(options.layout);
+    const NamedFormat format = FindFormat("-f", options.layout);
+    const Layout layout = format.layout;
     const int bits = Shape(layout).bits;
     const int cell = static_cast<int>(ParseNumber("--cell", options.cell, 1, 4));
     if (bits == 12 && cell > 2) {
@@ -130,11 +140,14 @@ void Run(const Options& options) {
                              " frame has 10 bits; 12 bits go with --cell 1 and 2"));
     }
     const FileKind kind = ParseFileKind(options.to, options.out);
-    if (kind == FileKind::Png) throw UserError("-o: synth writes packed frames and PGM, not PNG");
+    if (kind == FileKind::Png || kind == FileKind::Dng) {
+        throw UserError("-o: synth writes packed frames and PGM, not PNG or DNG");
+    }
     CheckOutput(options.out, options.source);
 
     Mosaic mosaic = ReadMosaic(options.source);
     OverrideLevels(options, &mosaic);
+    CheckSameColours("-f", format, mosaic.colours);
     const int block = 2 * cell;
     const Size source{mosaic.width / block * block, mosaic.height / block * block};
     if (source.width == 0 || source.height == 0) {
@@ -146,8 +159,8 @@ void Run(const Options& options) {
     SetPitch("--pitch", options.pitch, &frame);
     CheckMemory(frame);
     const LevelMap map = MakeLevels(mosaic, bits, options.exposure);
-    const std::vector<uint16_t> codes = Permute(mosaic, source, size, cell, map);
-    WriteFile(options.out, kind == FileKind::Pgm ? EncodePgm(frame, codes) : Pack(frame, codes));
+    std::vector<uint16_t> codes = Permute(mosaic, source, size, cell, map);
+    WriteFile(options.out, Encode(kind, frame, codes));
 
     Say(options.quiet, OutputName(options.out), ": ", kPatterns[cell], " frame, ", Describe(frame),
         ", ", mosaic.colours, ", black ", map.ourBlack, ", white ", map.ourWhite, "; from ",
@@ -169,8 +182,9 @@ std::function<void()> Declare(CLI::App& command) {
         "File to write: a 16-bit .pgm of the code values, else\na packed frame; - is standard "
         "output")
         ->required();
-    add("-f,--format", o->layout, "LAYOUT",
-        Text("Layout to pack: ", kLayoutNames, ";\n12 bits with --cell 1 or 2"))
+    add("-f,--format", o->layout, "NAME",
+        "Layout to pack: qc10, qc12, vx10, vx12, or another\nname for one, see tarn formats; 12 "
+        "bits with --cell 1\nor 2")
         ->required();
     add("--cell", o->cell, "N", "2 (Tetra), 3 (Nona), 4 (Hexadeca), or 1 for a plain\nBayer frame")
         ->required();

@@ -17,6 +17,7 @@ struct Verb {
 };
 
 extern const Verb kBin;
+extern const Verb kConvert;
 extern const Verb kFormats;
 extern const Verb kSynth;
 

@@ -1,0 +1,65 @@
+// What a verb makes of frames and how it gets into files: packed, PGM, PNG or DNG.
+#ifndef TARN_TOOL_RESULT_H_
+#define TARN_TOOL_RESULT_H_
+
+#include <functional>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+#include "tools/tarn/frame_options.h"
+#include "tools/tarn/levels.h"
+#include "tools/tarn/picture.h"
+
+namespace tarn::tool {
+
+struct ResultOptions {
+    std::string out;
+    std::string to;
+    std::string pitch;
+    bool grey = false;
+    bool half = false;
+    LevelOptions levels;
+
+    void Declare(CLI::App& command, const char* typeOfTo, const char* helpOfTo);
+};
+
+struct Target {
+    FileKind kind;
+    bool grey;           // a PNG of the mosaic, not developed
+    bool half;           // developed without interpolation
+    PackedFrame packed;  // what a packed file holds
+    int bits;            // of its codes
+
+    bool NeedsBayer() const { return kind == FileKind::Dng || (kind == FileKind::Png && !grey); }
+};
+
+// The target but for what a packed file holds: that is only known where there is one. Throws
+// UserError for options that do not go with its kind.
+Target MakeTarget(const ResultOptions& options, FileKind kind, int bits);
+
+// Throws UserError when colours are needed and there are none.
+void CheckColours(const Target& target, const std::string& colours);
+
+// Notes that colours were needed and had to be assumed.
+void SayAssumedColours(const Target& target, const std::string& colours, bool quiet);
+
+Bytes Encode(const Target& target, Picture picture);
+
+// The names of the files: one for all frames, which several can share only packed, or one for each,
+// with its number in the place of %d or %03d. Throws UserError for what cannot be written.
+std::vector<std::string> OutputNames(const ResultOptions& options, const std::string& input,
+                                     const Target& target, int64_t first, int64_t count);
+
+void WriteFrames(const std::vector<std::string>& names, int64_t count,
+                 const std::function<Bytes(int64_t)>& frame);
+
+// The files as a message names them.
+std::string FilesText(const std::vector<std::string>& names);
+
+// To standard output.
+void WriteJson(const nlohmann::json& report);
+
+}  // namespace tarn::tool
+
+#endif  // TARN_TOOL_RESULT_H_

@@ -1,0 +1,87 @@
+#include "tools/tarn/source.h"
+
+#include <algorithm>
+
+#include "tools/tarn/message.h"
+#include "tools/tarn/mosaic.h"
+
+namespace tarn::tool {
+namespace {
+
+// The depth of samples that tell only how high they go.
+int DepthOf(const Mosaic& mosaic) {
+    const double highest = std::max<double>(
+        mosaic.white, *std::max_element(mosaic.samples.begin(), mosaic.samples.end()));
+    int bits = 10;
+    while (bits < 16 && highest >= 1 << bits) bits += 2;
+    return bits;
+}
+
+double Mean(const double (&values)[4]) {
+    return (values[0] + values[1] + values[2] + values[3]) / 4;
+}
+
+Source ReadPacked(const std::string& path, const FrameOptions& options) {
+    const FrameSpec spec = ParseFrame(options);
+    Source source;
+    source.run = ReadFrames(path, spec);
+    const PackedFrame& frame = source.run->frame;
+    source.description = Describe(frame);
+    source.coloursKnown = spec.coloursKnown;
+    source.cell = std::max(spec.cell, 1);
+    source.picture = {.width = frame.width,
+                      .height = frame.height,
+                      .bits = Shape(frame.layout).bits,
+                      .colours = spec.colours};
+    UseOurLevels(&source.picture);
+    return source;
+}
+
+Mosaic ReadUnpacked(const std::string& path) {
+    FileSize(path);  // what cannot be read at all needs no advice
+    try {
+        return ReadMosaic(path);
+    } catch (const UserError& error) {
+        throw UserError(Text(error.what(), "; a packed frame needs -f and -s"));
+    }
+}
+
+Source ReadPicture(const std::string& path, const FrameOptions& options) {
+    if (!options.TellOnlyColours()) {
+        throw UserError(
+            "packed frames need both -f and -s; a PGM or DNG takes --cfa and --cell only");
+    }
+    Mosaic mosaic = ReadUnpacked(path);
+    Source source;
+    source.description = Text(mosaic.width, "x", mosaic.height, mosaic.camera ? " raw" : " PGM");
+    source.coloursKnown = mosaic.camera || !options.colours.empty();
+    if (!options.cell.empty()) source.cell = ParseCell(options.cell);
+    if (!options.colours.empty()) CheckColourOrder("--cfa", options.colours);
+    Picture& picture = source.picture;
+    picture.width = mosaic.width;
+    picture.height = mosaic.height;
+    picture.bits = DepthOf(mosaic);
+    picture.colours = options.colours.empty() ? mosaic.colours : options.colours;
+    UseOurLevels(&picture);
+    if (mosaic.camera) {
+        picture.black = Mean(mosaic.black);
+        picture.white = mosaic.white;
+    }
+    picture.codes = std::move(mosaic.samples);
+    return source;
+}
+
+}  // namespace
+
+Picture Source::At(int64_t i) const {
+    Picture one = picture;
+    if (run) one.codes = Unpack(run->frame, run->At(i));
+    return one;
+}
+
+Source ReadSource(const std::string& path, const FrameOptions& options) {
+    const bool packed = !options.size.empty() || !options.format.empty();
+    return (packed ? ReadPacked : ReadPicture)(path, options);
+}
+
+}  // namespace tarn::tool
