@@ -28,7 +28,7 @@ int PackValues(Layout layout, const uint16_t* src, uint8_t* dst, int count, int 
 
 int CompensateValues(uint16_t* values, int count, int bitDepth, float gain) {
     if (count < 1) return 0;
-    BestKernels().evValues(values, count, EvRuleOfDepth(bitDepth, gain));
+    BestKernels().EvValues()(values, count, EvRuleOfDepth(bitDepth, gain));
     return 0;
 }
 

@@ -179,7 +179,7 @@ TEST_F(Values, PackersKeepTheTopBitsInWholeGroups) {
 
 void Compensate(const Runner& runner, uint16_t* values, int count, int depth, float gain) {
     if (runner.kernels) {
-        runner.kernels->evValues(values, count, tarn::EvRuleOfDepth(depth, gain));
+        runner.kernels->EvValues()(values, count, tarn::EvRuleOfDepth(depth, gain));
     } else {
         EXPECT_EQ(TarnQCEngine().EVComp(values, count, depth, gain), 0);
         EXPECT_EQ(TarnVXEngine().EVComp(values, 0, depth, gain), 0);

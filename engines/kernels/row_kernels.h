@@ -39,18 +39,29 @@ using EvValuesKernel = void (*)(uint16_t* values, ptrdiff_t count, const EvRule&
 // groups, not one byte more.
 using PackKernel = void (*)(const uint16_t* src, uint8_t* dst, ptrdiff_t groups, int shift);
 
-// One instruction-set level. The scalar one is complete; every other starts as a copy of the one
-// below it and replaces what it does better.
+// One instruction-set level. The scalar one is complete; any other has what it does better, and
+// names the level below it, which serves where an entry is null.
 struct RowKernels {
     const char* name;
     BinRowKernel bin[kBinningCount];  // by Binning
     EvRowKernel ev[kLayoutCount];     // by Layout
     EvValuesKernel evValues;
     PackKernel pack[kLayoutCount];  // by Layout
+    const RowKernels* below = nullptr;
 
-    BinRowKernel Bin(Binning operation) const { return bin[static_cast<int>(operation)]; }
-    EvRowKernel Ev(Layout layout) const { return ev[static_cast<int>(layout)]; }
-    PackKernel Pack(Layout layout) const { return pack[static_cast<int>(layout)]; }
+    BinRowKernel Bin(Binning operation) const {
+        const int i = static_cast<int>(operation);
+        return bin[i] ? bin[i] : below->Bin(operation);
+    }
+    EvRowKernel Ev(Layout layout) const {
+        const int i = static_cast<int>(layout);
+        return ev[i] ? ev[i] : below->Ev(layout);
+    }
+    EvValuesKernel EvValues() const { return evValues ? evValues : below->EvValues(); }
+    PackKernel Pack(Layout layout) const {
+        const int i = static_cast<int>(layout);
+        return pack[i] ? pack[i] : below->Pack(layout);
+    }
 };
 
 }  // namespace tarn

@@ -76,7 +76,8 @@ constexpr RowKernels MakeTable(std::integer_sequence<int, Operation...>) {
             {BinRow<kRecipes[Operation]>...},
             {EvRow<QCRaw10>, EvRow<QCRaw12>, EvRow<VXRaw10>, EvRow<VXRaw12>},
             CompensateValues,
-            {PackRow<QCRaw10>, PackRow<QCRaw12>, PackRow<VXRaw10>, PackRow<VXRaw12>}};
+            {PackRow<QCRaw10>, PackRow<QCRaw12>, PackRow<VXRaw10>, PackRow<VXRaw12>},
+            nullptr};
 }
 
 }  // namespace
