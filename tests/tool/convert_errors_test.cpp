@@ -25,7 +25,7 @@ TEST_F(ConvertErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {packed + "-s 1000000000x1000000000 -f qc10", "needs 1,250,000,000,000,000,000"},
         {packed + "-s 16x8 -f qc10 --pitch 19", "16 pixels takes 20"},
         {packed + "-s 16x8 -f qc10 --pitch wide", "\"wide\" is not a whole number"},
-        {packed + "-s 12x7 -f qc10 --pitch auto", "no whole number of 12x7 qc10 frames"},
+        {packed + "-s 12x7 -f qc10 --pitch auto", "160 bytes, no whole number of 12x7 qc10 frames"},
         {packed + "-s 4x1 -f qc10 --pitch auto", "any pitch of 5, 8; give one"},
         {packed + "-s 16x8 -f qc10 --out-pitch 2147483000", "at most 4,294,967,296"},
         {packed + "-s 16x4 -f qc10", "holds 2 frames of 16x4 qc10 at pitch 20; choose with"},
@@ -103,6 +103,8 @@ TEST_F(ConvertErrorsTest, BrokenPicturesAreRefused) {
     refuse(patched(width, std::string(2, '\0')), "bad.dng: ");
     Write("bad.pgm", "P5 99999999 99999999 1023 ");
     ExpectRefused("convert bad.pgm -o kept.raw --to qc10", 2, "needs 19,999,999,600,000,002");
+    Write("bad.pgm", "P5 4 1 255 1234");
+    ExpectRefused("convert bad.pgm -o kept.raw --to qc10", 2, "has a maximum of 255");
     ExpectRefused("convert good.dng -o good.dng", 2, "is the input itself");
 }
 

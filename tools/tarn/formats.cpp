@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "tools/tarn/geometry.h"
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
@@ -141,8 +142,8 @@ NamedFormat FindFormat(const std::string& option, std::string name) {
             meant += Text(meant.empty() ? "; case matters: did you mean " : " or ", format.name);
         }
     }
-    throw UserError(Text(option, ": unknown layout \"", name,
-                         "\"; there are qc10, qc12, vx10, vx12 and other names for them",
+    throw UserError(Text(option, ": unknown layout \"", name, "\"; there are ", kLayoutNames,
+                         " and other names for them",
                          meant.empty() ? "; see tarn formats" : meant));
 }
 

@@ -11,6 +11,7 @@ namespace {
 // padding may be missing.
 std::set<int64_t> FittingPitches(int64_t bytes, const PackedFrame& frame) {
     constexpr size_t kEnough = 8;
+    constexpr int64_t kMostFrames = 1'000'000;
     const int64_t rowBytes = frame.RowBytes();
     std::set<int64_t> pitches;
     const auto consider = [&](int64_t dividend, int64_t divisor) {
@@ -18,7 +19,7 @@ std::set<int64_t> FittingPitches(int64_t bytes, const PackedFrame& frame) {
         const int64_t pitch = dividend / divisor;
         if (pitch >= rowBytes && pitch < 2 * rowBytes) pitches.insert(pitch);
     };
-    const int64_t mostFrames = bytes / rowBytes / frame.height;
+    const int64_t mostFrames = std::min(bytes / rowBytes / frame.height, kMostFrames);
     for (int64_t frames = std::max<int64_t>(mostFrames / 2, 1);
          frames <= mostFrames && pitches.size() < kEnough; ++frames) {
         consider(bytes, frames * frame.height);
@@ -28,12 +29,14 @@ std::set<int64_t> FittingPitches(int64_t bytes, const PackedFrame& frame) {
 }
 
 int64_t DerivePitch(const std::string& name, int64_t bytes, const PackedFrame& frame) {
-    const std::string what = Text(name, ": ", Grouped(bytes), " bytes are no whole number of ",
-                                  frame.width, "x", frame.height, " ", LayoutName(frame.layout),
-                                  " frames at any pitch from ", frame.RowBytes());
     const std::set<int64_t> pitches = FittingPitches(bytes, frame);
-    if (pitches.empty()) throw UserError(what);
     if (pitches.size() == 1) return *pitches.begin();
+    if (pitches.empty()) {
+        throw UserError(Text("--pitch auto: ", name, " holds ", Grouped(bytes),
+                             " bytes, no whole number of ", frame.width, "x", frame.height, " ",
+                             LayoutName(frame.layout), " frames at any pitch from ",
+                             frame.RowBytes(), " to twice that"));
+    }
     std::string list;
     for (const int64_t pitch : pitches) list += Text(list.empty() ? "" : ", ", pitch);
     throw UserError(Text("--pitch auto: ", name, " could have any pitch of ", list, "; give one"));
@@ -71,7 +74,7 @@ FrameRun Locate(const std::string& name, int64_t bytes, const FrameSpec& spec) {
 // How far a pipe is read, whose end is not known beforehand.
 int64_t PipeLimit(const FrameSpec& spec) {
     if (spec.frame.pitch == 0 || spec.last < 0) return kMostBytes;
-    return spec.offset + (spec.last + 1) * spec.frame.Bytes();
+    return std::min(spec.offset + (spec.last + 1) * spec.frame.Bytes(), kMostBytes);
 }
 
 Bytes ReadPipe(const std::string& path, const FrameSpec& spec) {
@@ -79,7 +82,7 @@ Bytes ReadPipe(const std::string& path, const FrameSpec& spec) {
     const int64_t most = PipeLimit(spec);
     Bytes bytes = ReadFile(path, most);
     if (int64_t(bytes.size()) <= most) return bytes;
-    if (spec.framesTold && spec.last >= 0 && spec.frame.pitch > 0) {
+    if (spec.framesTold && most < kMostBytes) {  // what follows them was not asked for
         bytes.pop_back();
         return bytes;
     }

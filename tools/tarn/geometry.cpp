@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "tools/tarn/formats.h"
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
@@ -18,6 +19,10 @@ constexpr int64_t kLongestSide = 1'000'000'000;
 
 const char* LayoutName(Layout layout) {
     return kNames[static_cast<int>(layout)];
+}
+
+Layout ParseLayout(const std::string& text) {
+    return FindFormat("-f", text).layout;
 }
 
 int64_t ParseNumber(const std::string& option, const std::string& text, int64_t least,

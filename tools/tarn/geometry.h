@@ -9,9 +9,11 @@
 
 namespace tarn::tool {
 
+inline constexpr char kLayoutNames[] = "qc10, qc12, vx10, vx12";
 const char* LayoutName(Layout layout);
 
-// Each parser throws a UserError that names the option.
+// Each parser throws a UserError that names the option. A layout can go by any of its names.
+Layout ParseLayout(const std::string& text);
 
 // A whole number in a range.
 int64_t ParseNumber(const std::string& option, const std::string& text, int64_t least,

@@ -9,7 +9,11 @@ namespace tarn::tool {
 namespace {
 
 // The depth of samples that tell only how high they go.
-int DepthOf(const Mosaic& mosaic) {
+int DepthOf(const std::string& name, const Mosaic& mosaic) {
+    if (!mosaic.camera && mosaic.white < 256) {
+        throw UserError(Text(name, ": has a maximum of ", mosaic.white,
+                             "; codes of 10 bits and more are converted"));
+    }
     const double highest = std::max<double>(
         mosaic.white, *std::max_element(mosaic.samples.begin(), mosaic.samples.end()));
     int bits = 10;
@@ -60,7 +64,7 @@ Source ReadPicture(const std::string& path, const FrameOptions& options) {
     Picture& picture = source.picture;
     picture.width = mosaic.width;
     picture.height = mosaic.height;
-    picture.bits = DepthOf(mosaic);
+    picture.bits = DepthOf(InputName(path), mosaic);
     picture.colours = options.colours.empty() ? mosaic.colours : options.colours;
     UseOurLevels(&picture);
     if (mosaic.camera) {
