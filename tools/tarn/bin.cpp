@@ -124,7 +124,7 @@ void Run(const Options& options) {
     if (options.report.json) WriteJson(JsonReport(options, names, task, run, milliseconds));
     if (!spec.coloursKnown) SayAssumedColours(target, spec.colours, options.report.Quiet());
     SayNotes(options, task, run);
-    Say(options.report.Quiet(), FilesText(names), ": ", Describe(task.out), " from ",
+    Say(options.report.Quiet(), FilesText(names, target), " from ",
         run.count > 1 ? Text(run.count, " frames of ") : "", Describe(task.in), ", cell ",
         task.cell, ", gain ", task.gain, ": ", std::round(milliseconds * 100) / 100, " ms");
 }

@@ -112,8 +112,7 @@ void Run(const Options& options) {
     if (options.report.json) WriteJson(JsonReport(options, names, source, target));
     if (!source.coloursKnown) SayAssumedColours(target, source.picture.colours, quiet);
     if (source.run) SayLeftOver(*source.run, quiet);
-    Say(quiet, FilesText(names), ": ",
-        target.kind == FileKind::Packed ? Describe(target.packed) + " " : "", "from ",
+    Say(quiet, FilesText(names, target), " from ",
         source.Count() > 1 ? Text(source.Count(), " frames of ") : "", source.description, ", ",
         CodeChange(source.picture.bits, target.bits));
 }

@@ -99,9 +99,10 @@ void WriteFrames(const std::vector<std::string>& names, int64_t count,
     WriteFile(names.front(), all);
 }
 
-std::string FilesText(const std::vector<std::string>& names) {
-    if (names.size() == 1) return OutputName(names.front());
-    return names.front() + " to " + names.back();
+std::string FilesText(const std::vector<std::string>& names, const Target& target) {
+    std::string text = OutputName(names.front());
+    if (names.size() > 1) text += " to " + names.back();
+    return target.kind == FileKind::Packed ? text + ": " + Describe(target.packed) : text;
 }
 
 void WriteJson(const nlohmann::json& report) {

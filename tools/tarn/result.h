@@ -54,8 +54,8 @@ std::vector<std::string> OutputNames(const ResultOptions& options, const std::st
 void WriteFrames(const std::vector<std::string>& names, int64_t count,
                  const std::function<Bytes(int64_t)>& frame);
 
-// The files as a message names them.
-std::string FilesText(const std::vector<std::string>& names);
+// The files as a message names them, and what is in each.
+std::string FilesText(const std::vector<std::string>& names, const Target& target);
 
 // To standard output.
 void WriteJson(const nlohmann::json& report);
