@@ -51,6 +51,7 @@ TEST_F(ConvertErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {dng + "-f Y10P", "a sensor without colours"},
         {dng + "-f qc10 --black 1023", "must be above the black level"},
         {dng + "-f qc10 --white 1024", "within 10 bits"},
+        {dng + "-f qc10", "sides from 22 to 65,535"},
         {dng + "-f qc10 --wb 1,1", "is not RED,GREEN,BLUE"},
         {dng + "-f qc10 --wb 1,nan,1", "from 0.01 to 100"},
         {"convert frame.raw -o new.png -s 16x8 -f qc10", "cannot become a PNG"},

@@ -190,6 +190,29 @@ TEST_F(ConvertTest, FramesAreTakenOutOfALongFile) {
     EXPECT_EQ(Read("f00.pgm"), "");
 }
 
+TEST_F(ConvertTest, BinTakesTheSameFramesAndMakesTheSameFiles) {
+    const PackedKind& kind = kKinds[0];
+    const std::vector<int> codes = WriteFrame(kind);
+    const std::vector<int> others(codes.rbegin(), codes.rend());
+    const size_t pitch = RowBytes(kind) + 7;
+    Write("two.raw", "header" + Packed(kind, codes, pitch) + Packed(kind, others, pitch));
+    Write("other.raw", Packed(kind, others, RowBytes(kind)));
+    const std::string bin = " --cell 2 --gain 1.5 -s 61x34 -f pBAA ";
+    ASSERT_EQ(Tarn("bin frame.raw -o 0.raw --pitch auto" + bin), 0) << said_;
+    ASSERT_EQ(Tarn("bin other.raw -o 1.raw" + bin), 0) << said_;
+    ASSERT_EQ(Tarn("bin two.raw -o both.raw --offset 6 --pitch auto --frame all" + bin), 0)
+        << said_;
+    EXPECT_EQ(Read("both.raw"), Read("0.raw") + Read("1.raw"));
+    const std::string gain = " --cell 1 --gain 1.5 -s 61x34 -f pBAA --pitch auto --offset 6 ";
+    ASSERT_EQ(Tarn("bin two.raw -o %d.dng --frame all" + gain), 0) << said_;
+    ASSERT_EQ(Tarn("bin two.raw -o %d.pgm --frame all" + gain), 0) << said_;
+    for (const std::string name : {"0", "1"}) {
+        Convert(name + ".dng -o again.pgm");
+        EXPECT_EQ(Read("again.pgm"), Read(name + ".pgm"));
+        EXPECT_EQ(ReadPgm("again.pgm").width, kWidth);
+    }
+}
+
 TEST_F(ConvertTest, EveryListedNameIsTaken) {
     ASSERT_EQ(Shell("tarn formats --json >names.json"), 0);
     std::istringstream json(Read("names.json"));

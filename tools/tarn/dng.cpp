@@ -11,7 +11,9 @@
 namespace tarn::tool {
 namespace {
 
-// Readers keep sides in 16 bits, and the file's offsets have 32.
+// Readers take smaller pictures for previews, keep sides in 16 bits, and the file's offsets
+// have 32.
+constexpr int kShortestSide = 22;
 constexpr int kLongestSide = 65535;
 constexpr int64_t kMostSamples = (int64_t{1} << 31) - 4096;
 
@@ -126,10 +128,11 @@ void SetColours(const Tiff& tiff, const Balance& balance) {
 
 Bytes EncodeDng(const Picture& picture) {
     const int64_t samples = int64_t{picture.width} * picture.height;
-    if (std::max(picture.width, picture.height) > kLongestSide || samples > kMostSamples) {
+    if (std::min(picture.width, picture.height) < kShortestSide ||
+        std::max(picture.width, picture.height) > kLongestSide || samples > kMostSamples) {
         throw UserError(Text("a frame of ", picture.width, "x", picture.height,
-                             " does not fit a DNG: sides of up to ", Grouped(kLongestSide),
-                             " and 4 GiB of samples do"));
+                             " cannot become a DNG that opens: sides from ", kShortestSide, " to ",
+                             Grouped(kLongestSide), " and 4 GiB of samples do"));
     }
     TIFFSetErrorHandler(nullptr);
     TIFFSetWarningHandler(nullptr);
