@@ -43,7 +43,7 @@ struct BinBlocks {
 
     static constexpr SumScale kScale = ScaleOf(recipe);
     static constexpr int kPixels = Out::kPixels;
-    static constexpr int kReadSlack = Cells::kReadSlack;
+    static constexpr int kReadSlack = 0;
     static constexpr int kWriteSlack = 0;
     static constexpr int kVectors = kPixels / kLanes;
 
@@ -51,10 +51,10 @@ struct BinBlocks {
         constexpr int kLoads = kPixels / Cells::kSums;
         constexpr int kEach = Cells::kSums / kLanes;
         Block sums;
-        for (int i = 0; i < kLoads; ++i) {
+        ForEach<kLoads>([&](auto i) {
             const auto part = Cells::Load(src + i * BytesRead(recipe, Cells::kSums), srcPitch);
-            for (int k = 0; k < kEach; ++k) sums.v[i * kEach + k] = part.v[k];
-        }
+            for (int k = 0; k < kEach; ++k) sums.v[i * kEach + k] = Settled(part.v[k]);
+        });
         return sums;
     }
 
@@ -95,9 +95,19 @@ struct BinBlocks {
 template <Binning operation>
 void BinRow(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, int count, const EvRule* ev,
             uint16_t* rowSum) {
-    using Blocks = BinBlocks<Recipe(operation)>;
+    constexpr BinningRecipe kRecipe = Recipe(operation);
+    using Blocks = BinBlocks<kRecipe>;
     if (ev && !GainIsServed(ev->gain, Blocks::kScale.pedestal)) {
         return kScalarKernels.Bin(operation)(src, srcPitch, dst, count, ev, rowSum);
+    }
+    // A row of whole groups ends with a block of its own, which repeats a part of the one before.
+    constexpr int kGroupPixels = Shape(kRecipe.out).pixels;
+    if (count > Blocks::kPixels && count % kGroupPixels == 0) {
+        const int last = count - Blocks::kPixels;
+        Blocks::Run(src, srcPitch, dst, (count - 1) / Blocks::kPixels, ev, rowSum);
+        Blocks::Run(src + BytesRead(kRecipe, last), srcPitch, dst + BytesWritten(kRecipe, last), 1,
+                    ev, rowSum);
+        return;
     }
     BinRowByBlocks<operation, Blocks>(src, srcPitch, dst, count, ev, rowSum);
 }
@@ -106,7 +116,7 @@ template <class L>
 struct EvBlocks {
     using Packed = NeonLayout<L>;
     static constexpr int kGroups = Packed::kPixels / L::kGroupPixels;
-    static constexpr int kReadSlack = Packed::kReadSlack;
+    static constexpr int kReadSlack = 0;
 
     static void Run(const uint8_t* src, uint8_t* dst, ptrdiff_t blocks, const EvRule& ev) {
         const Gain gain = MakeGain(ev.gain, 4096);

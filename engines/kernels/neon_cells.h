@@ -8,7 +8,6 @@ namespace tarn {
 
 // Sums in the order of the row, at the bottom of their lanes.
 //   kSums        how many
-//   kReadSlack   bytes that are read of each row past their cells
 //   Load(src, pitch)
 template <Layout in, int cell>
 struct CellSums;
@@ -17,35 +16,69 @@ TARN_INLINE uint16x8_t PairSums(uint16x8_t a, uint16x8_t b) {
     return vpaddq_u16(a, b);
 }
 
-// Eight pixels added up over the rows.
+// Adds to sums, or starts them.
+template <bool isFirst>
+TARN_INLINE uint16x8_t AddPairs(uint16x8_t sums, uint8x16_t bytes) {
+    return isFirst ? vpaddlq_u8(bytes) : vpadalq_u8(sums, bytes);
+}
+
+// The same for pixels at the top of their lanes.
+template <bool isFirst>
+TARN_INLINE uint16x8_t AddPixels(uint16x8_t sums, uint16x8_t pixels) {
+    return isFirst ? vshrq_n_u16(pixels, 6) : vsraq_n_u16(sums, pixels, 6);
+}
+
+// Each of 64 pixels, added up over the rows.
 template <class L, int rows>
-TARN_INLINE uint16x8_t ColumnSums(const uint8_t* src, ptrdiff_t pitch) {
-    uint16x8_t sums = vshrq_n_u16(EightPixels<L>(src), 6);
-    for (int row = 1; row < rows; ++row) {
-        sums = vsraq_n_u16(sums, EightPixels<L>(src + row * pitch), 6);
-    }
+TARN_INLINE Lanes<8> ColumnSums(const uint8_t* src, ptrdiff_t pitch) {
+    Lanes<8> sums;
+    ForEach<rows>([&](auto row) {
+        const EightyBytes bytes = EightyBytes::Load(src + row * pitch);
+        ForEach<8>([&](auto i) {
+            sums.v[i] = Settled(AddPixels<row == 0>(sums.v[i], EightPixels<L, i>(bytes)));
+        });
+    });
     return sums;
 }
 
+// Two cells in each group: 4 (h0 + h1) and fields of the common byte 33221100. Masks 33 and CC take
+// l0 + 16 l2 and 4 l1 + 64 l3: the sums of both cells, over both rows, fit a nibble each.
 template <>
 struct CellSums<Layout::QCRaw10, 2> {
-    static constexpr int kSums = 8;
-    static constexpr int kReadSlack = 6;
+    static constexpr int kSums = 32;
 
-    TARN_INLINE Lanes<1> Load(const uint8_t* src, ptrdiff_t pitch) {
-        return {{PairSums(ColumnSums<QCRaw10, 2>(src, pitch),
-                          ColumnSums<QCRaw10, 2>(src + 10, pitch))}};
+    TARN_INLINE uint8x16_t LowSums(uint8x16_t a, uint8x16_t b) {
+        const uint8x16_t even = vaddq_u8(vandq_u8(a, Bytes(0x33)), vandq_u8(b, Bytes(0x33)));
+        return vsraq_n_u8(vsraq_n_u8(even, Opaque(vandq_u8(a, Bytes(0xCC))), 2),
+                          Opaque(vandq_u8(b, Bytes(0xCC))), 2);
+    }
+
+    TARN_INLINE Lanes<4> Load(const uint8_t* src, ptrdiff_t pitch) {
+        SixteenGroups a = SixteenGroups::Load(src);
+        uint16x8_t highs[4];
+        for (int i = 0; i < 4; ++i) highs[i] = Settled(vpaddlq_u8(a.first[i]));
+        const SixteenGroups b = SixteenGroups::Load(src + pitch);
+        const uint8x16_t low = LowSums(a.last, b.last);
+        const uint8x16_t first = vandq_u8(low, Bytes(0x0F)), second = vshrq_n_u8(low, 4);
+        const uint8x16_t ordered[2] = {vzip1q_u8(first, second), vzip2q_u8(first, second)};
+        Lanes<4> sums;
+        for (int i = 0; i < 4; ++i) {
+            const uint16x8_t high = vpadalq_u8(highs[i], b.first[i]);
+            sums.v[i] = vaddw_u8(vshlq_n_u16(high, 2), i % 2 ? vget_high_u8(ordered[i / 2])
+                                                             : vget_low_u8(ordered[i / 2]));
+        }
+        return sums;
     }
 };
 
 template <>
 struct CellSums<Layout::VXRaw10, 2> {
-    static constexpr int kSums = 8;
-    static constexpr int kReadSlack = 6;
+    static constexpr int kSums = 32;
 
-    TARN_INLINE Lanes<1> Load(const uint8_t* src, ptrdiff_t pitch) {
-        return {{PairSums(ColumnSums<VXRaw10, 2>(src, pitch),
-                          ColumnSums<VXRaw10, 2>(src + 10, pitch))}};
+    TARN_INLINE Lanes<4> Load(const uint8_t* src, ptrdiff_t pitch) {
+        const Lanes<8> c = ColumnSums<VXRaw10, 2>(src, pitch);
+        return {{PairSums(c.v[0], c.v[1]), PairSums(c.v[2], c.v[3]), PairSums(c.v[4], c.v[5]),
+                 PairSums(c.v[6], c.v[7])}};
     }
 };
 
@@ -53,7 +86,6 @@ struct CellSums<Layout::VXRaw10, 2> {
 template <>
 struct CellSums<Layout::QCRaw12, 2> {
     static constexpr int kSums = 16;
-    static constexpr int kReadSlack = 0;
 
     TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
         const uint8x16x3_t a = vld3q_u8(src), b = vld3q_u8(src + pitch);
@@ -75,7 +107,6 @@ struct CellSums<Layout::QCRaw12, 2> {
 template <>
 struct CellSums<Layout::VXRaw12, 2> {
     static constexpr int kSums = 16;
-    static constexpr int kReadSlack = 0;
 
     TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
         const uint8x16x3_t a = vld3q_u8(src), b = vld3q_u8(src + pitch);
@@ -92,27 +123,33 @@ struct CellSums<Layout::VXRaw12, 2> {
     }
 };
 
-// Eight cells, 30 bytes: pixel k of all of them in a vector.
+// 16 cells, 60 bytes of each row in two overlapping halves: pixel k of eight cells in a vector.
 template <class L>
 struct NonaSums {
-    static constexpr int kSums = 8;
-    static constexpr int kReadSlack = 2;
+    static constexpr int kSums = 16;
 
-    template <int k>
+    // Pixel k of the eight cells that begin at byte `from`.
+    template <int k, int from>
     TARN_INLINE uint16x8_t Pixel(const uint8x16x2_t& bytes) {
         const auto pixel = [](int lane) { return 3 * lane + k; };
-        const auto pattern = Bytes([=](int i) { return PixelLanes<L>::Byte(pixel(i / 2), i % 2); });
+        const auto pattern =
+            Bytes([=](int i) { return PixelLanes<L>::Byte(pixel(i / 2), i % 2) + from; });
         return PixelLanes<L>::ToTop(vqtbl2q_u8(bytes, pattern), pixel);
     }
-    TARN_INLINE Lanes<1> Load(const uint8_t* src, ptrdiff_t pitch) {
-        uint16x8_t sums = vdupq_n_u16(0);
-        for (int row = 0; row < 3; ++row, src += pitch) {
-            const uint8x16x2_t bytes = {{vld1q_u8(src), vld1q_u8(src + 16)}};
-            sums = vsraq_n_u16(sums, Pixel<0>(bytes), 6);
-            sums = vsraq_n_u16(sums, Pixel<1>(bytes), 6);
-            sums = vsraq_n_u16(sums, Pixel<2>(bytes), 6);
-        }
-        return {{sums}};
+    template <bool isFirst, int from>
+    TARN_INLINE uint16x8_t AddRow(uint16x8_t sums, const uint8_t* src) {
+        const uint8x16x2_t bytes = vld1q_u8_x2(src - from);
+        sums = AddPixels<isFirst>(sums, Pixel<0, from>(bytes));
+        sums = AddPixels<false>(sums, Pixel<1, from>(bytes));
+        return Settled(AddPixels<false>(sums, Pixel<2, from>(bytes)));
+    }
+    TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
+        Lanes<2> sums;
+        ForEach<3>([&](auto row) {
+            sums.v[0] = AddRow<row == 0, 0>(sums.v[0], src + row * pitch);
+            sums.v[1] = AddRow<row == 0, 2>(sums.v[1], src + row * pitch + 30);
+        });
+        return sums;
     }
 };
 
@@ -125,23 +162,26 @@ struct CellSums<Layout::VXRaw10, 3> : NonaSums<VXRaw10> {};
 template <>
 struct CellSums<Layout::QCRaw10, 4> {
     static constexpr int kSums = 16;
-    static constexpr int kReadSlack = 0;
 
     // Of the bytes 33221100, masks 33 and CC take l0 + 16 l2 and 4 l1 + 64 l3; in the sum
     // x = (l0+l1) + 16 (l2+l3) fields do not touch, and 17 x has all four added from bit 4 on.
+    template <bool isFirst>
     TARN_INLINE uint8x16_t AddFloors(uint8x16_t floors, uint8x16_t low) {
-        const uint8x16_t x = vsraq_n_u8(vandq_u8(low, Bytes(0x33)), vandq_u8(low, Bytes(0xCC)), 2);
-        return vsraq_n_u8(floors, vmulq_u8(x, Bytes(17)), 6);
+        const uint8x16_t x =
+            vsraq_n_u8(vandq_u8(low, Bytes(0x33)), Opaque(vandq_u8(low, Bytes(0xCC))), 2);
+        const uint8x16_t all = vmulq_u8(x, Bytes(17));
+        return isFirst ? vshrq_n_u8(all, 6) : vsraq_n_u8(floors, all, 6);
     }
 
     TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
-        uint16x8_t pairs[4] = {};
-        uint8x16_t floors = Bytes(0);
-        for (int row = 0; row < 4; ++row, src += pitch) {
-            const SixteenGroups groups = SixteenGroups::Load(src);
-            for (int i = 0; i < 4; ++i) pairs[i] = vpadalq_u8(pairs[i], groups.first[i]);
-            floors = AddFloors(floors, groups.last);
-        }
+        uint16x8_t pairs[4];
+        uint8x16_t floors;
+        ForEach<4>([&](auto row) {
+            const SixteenGroups groups = SixteenGroups::Load(src + row * pitch);
+            for (int i = 0; i < 4; ++i)
+                pairs[i] = Settled(AddPairs<row == 0>(pairs[i], groups.first[i]));
+            floors = Settled(AddFloors<row == 0>(floors, groups.last));
+        });
         return {{vaddw_u8(PairSums(pairs[0], pairs[1]), vget_low_u8(floors)),
                  vaddw_high_u8(PairSums(pairs[2], pairs[3]), floors)}};
     }
@@ -149,13 +189,12 @@ struct CellSums<Layout::QCRaw10, 4> {
 
 template <>
 struct CellSums<Layout::VXRaw10, 4> {
-    static constexpr int kSums = 8;
-    static constexpr int kReadSlack = 6;
+    static constexpr int kSums = 16;
 
-    TARN_INLINE Lanes<1> Load(const uint8_t* src, ptrdiff_t pitch) {
-        uint16x8_t v[4];
-        for (int i = 0; i < 4; ++i) v[i] = ColumnSums<VXRaw10, 4>(src + 10 * i, pitch);
-        return {{PairSums(PairSums(v[0], v[1]), PairSums(v[2], v[3]))}};
+    TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
+        const Lanes<8> c = ColumnSums<VXRaw10, 4>(src, pitch);
+        return {{PairSums(PairSums(c.v[0], c.v[1]), PairSums(c.v[2], c.v[3])),
+                 PairSums(PairSums(c.v[4], c.v[5]), PairSums(c.v[6], c.v[7]))}};
     }
 };
 

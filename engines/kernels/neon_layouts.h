@@ -37,12 +37,32 @@ struct PixelLanes<VXRaw10> {
     }
 };
 
-// Eight pixels that follow one another, other bits below them. Reads 16 bytes.
-template <class L>
-TARN_INLINE uint16x8_t EightPixels(const uint8_t* src) {
-    const auto pixel = [](int lane) { return lane; };
-    const auto pattern = Bytes([](int i) { return PixelLanes<L>::Byte(i / 2, i % 2); });
-    return PixelLanes<L>::ToTop(vqtbl1q_u8(vld1q_u8(src), pattern), pixel);
+// 64 pixels of a 10-bit layout, 80 bytes. No table look-up takes more than two registers.
+struct EightyBytes {
+    uint8x16x4_t begin;
+    uint8x16x2_t end;  // from byte 48
+
+    TARN_INLINE EightyBytes Load(const uint8_t* src) {
+        return {vld1q_u8_x4(src), vld1q_u8_x2(src + 48)};
+    }
+    // Bytes at pattern, counted from byte 16 x first, out of two registers from there.
+    template <int first>
+    TARN_INLINE uint8x16_t Pick(const EightyBytes& bytes, uint8x16_t pattern) {
+        if constexpr (first == 3)
+            return vqtbl2q_u8(bytes.end, pattern);
+        else
+            return vqtbl2q_u8({{bytes.begin.val[first], bytes.begin.val[first + 1]}}, pattern);
+    }
+};
+
+// Pixels 8i to 8i+7 at the top of their lanes, other bits below them.
+template <class L, int i>
+TARN_INLINE uint16x8_t EightPixels(const EightyBytes& bytes) {
+    constexpr int kFirst = i == 7 ? 3 : 10 * i / 16;
+    const auto pattern =
+        Bytes([](int k) { return PixelLanes<L>::Byte(8 * i + k / 2, k % 2) - 16 * kFirst; });
+    return PixelLanes<L>::ToTop(EightyBytes::Pick<kFirst>(bytes, pattern),
+                                [](int lane) { return lane; });
 }
 
 // 16 groups of five bytes: the first four of each, and the last of all.
@@ -51,18 +71,17 @@ struct SixteenGroups {
     uint8x16_t last;
 
     TARN_INLINE SixteenGroups Load(const uint8_t* src) {
-        uint8x16_t v[5];
-        for (int i = 0; i < 5; ++i) v[i] = vld1q_u8(src + 16 * i);
+        const EightyBytes bytes = EightyBytes::Load(src);
         SixteenGroups groups;
-        groups.first[0] = vqtbl2q_u8({{v[0], v[1]}}, FirstFrom(0));
-        groups.first[1] = vqtbl2q_u8({{v[1], v[2]}}, FirstFrom(4));
-        groups.first[2] = vqtbl2q_u8({{v[2], v[3]}}, FirstFrom(8));
-        groups.first[3] = vqtbl2q_u8({{v[3], v[4]}}, FirstFrom(12));
+        groups.first[0] = EightyBytes::Pick<0>(bytes, FirstFrom(0));
+        groups.first[1] = EightyBytes::Pick<1>(bytes, FirstFrom(4));
+        groups.first[2] = EightyBytes::Pick<2>(bytes, FirstFrom(8));
+        groups.first[3] = EightyBytes::Pick<3>(bytes, FirstFrom(12));
         // Indices out of range give zero, or leave what is there.
         const auto last = [](int from) { return Bytes([=](int i) { return 5 * i + 4 - from; }); };
-        groups.last = vqtbl2q_u8({{v[0], v[1]}}, last(0));
-        groups.last = vqtbx2q_u8(groups.last, {{v[2], v[3]}}, last(32));
-        groups.last = vqtbx1q_u8(groups.last, v[4], last(64));
+        groups.last = EightyBytes::Pick<0>(bytes, last(0));
+        groups.last = vqtbx2q_u8(groups.last, {{bytes.begin.val[2], bytes.begin.val[3]}}, last(32));
+        groups.last = vqtbx1q_u8(groups.last, bytes.end.val[1], last(64));
         return groups;
     }
 
@@ -104,14 +123,13 @@ struct NeonLayout;
 template <class L>
 struct NeonTenBits {
     static constexpr int kPixels = 64;
-    static constexpr int kReadSlack = 6;
     using Block = Lanes<kPixels / kLanes>;
 
     TARN_INLINE Block Unpack(const uint8_t* src) {
         Block pixels;
-        for (int i = 0; i < 8; ++i) {
-            pixels.v[i] = vandq_u16(EightPixels<L>(src + 10 * i), Words(0xFFC0));
-        }
+        const EightyBytes bytes = EightyBytes::Load(src);
+        ForEach<8>(
+            [&](auto i) { pixels.v[i] = vandq_u16(EightPixels<L, i>(bytes), Words(0xFFC0)); });
         return pixels;
     }
     TARN_INLINE Block Arranged(const Block& pixels) { return pixels; }
@@ -160,8 +178,9 @@ struct NeonLayout<VXRaw10> : NeonTenBits<VXRaw10> {
             }
             const uint8x16_t low = Narrow<0>(placed[0], placed[1]);
             high[i] = Narrow<8>(placed[0], placed[1]);
-            first[i] = vreinterpretq_u8_u32(vmlaq_u32(
-                vreinterpretq_u32_u8(low), vreinterpretq_u32_u8(high[i]), vdupq_n_u32(256)));
+            first[i] = vreinterpretq_u8_u32(vmlaq_u32(vreinterpretq_u32_u8(low),
+                                                      vreinterpretq_u32_u8(high[i]),
+                                                      Opaque(vdupq_n_u32(256))));
         }
         StoreGroups(dst, first,
                     vuzp2q_u8(vuzp2q_u8(high[0], high[1]), vuzp2q_u8(high[2], high[3])));
@@ -171,7 +190,6 @@ struct NeonLayout<VXRaw10> : NeonTenBits<VXRaw10> {
 // First the groups' first pixels, then the second ones.
 struct NeonTwelveBits {
     static constexpr int kPixels = 32;
-    static constexpr int kReadSlack = 0;
     using Block = Lanes<kPixels / kLanes>;
 
     TARN_INLINE Block Arranged(const Block& p) {

@@ -22,6 +22,32 @@ struct Lanes {
     uint16x8_t v[count];
 };
 
+template <class Step, size_t... i>
+TARN_INLINE void ForEachOf(Step step, std::index_sequence<i...>) {
+    (step(std::integral_constant<int, static_cast<int>(i)>{}), ...);
+}
+
+// step(0), step(1), ...: a loop that is unrolled for certain, so that arrays become registers.
+template <int count, class Step>
+TARN_INLINE void ForEach(Step step) {
+    ForEachOf(step, std::make_index_sequence<count>{});
+}
+
+// The value, of which the compiler knows nothing: it then keeps to the instructions that are
+// written, where it would put two in the place of one.
+template <class V>
+TARN_INLINE V Opaque(V v) {
+    asm("" : "+w"(v));
+    return v;
+}
+
+// The same in the order of the loads around it: what comes later waits, and needs no registers yet.
+template <class V>
+TARN_INLINE V Settled(V v) {
+    asm volatile("" : "+w"(v) : : "memory");
+    return v;
+}
+
 template <class ByteAt, size_t... i>
 TARN_INLINE uint8x16_t BytesAt(ByteAt byteAt, std::index_sequence<i...>) {
     return uint8x16_t{static_cast<uint8_t>(byteAt(static_cast<int>(i)))...};
