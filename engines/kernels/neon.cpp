@@ -51,7 +51,7 @@ struct BinBlocks {
         constexpr int kLoads = kPixels / Cells::kSums;
         constexpr int kEach = Cells::kSums / kLanes;
         Block sums;
-        ForEach<kLoads>([&](auto i) {
+        ForEach<kLoads>([&](auto i) TARN_INLINE_LAMBDA {
             const auto part = Cells::Load(src + i * BytesRead(recipe, Cells::kSums), srcPitch);
             for (int k = 0; k < kEach; ++k) sums.v[i * kEach + k] = Settled(part.v[k]);
         });

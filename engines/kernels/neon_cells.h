@@ -32,9 +32,9 @@ TARN_INLINE uint16x8_t AddPixels(uint16x8_t sums, uint16x8_t pixels) {
 template <class L, int rows>
 TARN_INLINE Lanes<8> ColumnSums(const uint8_t* src, ptrdiff_t pitch) {
     Lanes<8> sums;
-    ForEach<rows>([&](auto row) {
+    ForEach<rows>([&](auto row) TARN_INLINE_LAMBDA {
         const EightyBytes bytes = EightyBytes::Load(src + row * pitch);
-        ForEach<8>([&](auto i) {
+        ForEach<8>([&](auto i) TARN_INLINE_LAMBDA {
             sums.v[i] = Settled(AddPixels<row == 0>(sums.v[i], EightPixels<L, i>(bytes)));
         });
     });
@@ -111,9 +111,9 @@ struct CellSums<Layout::VXRaw12, 2> {
     TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
         const uint8x16x3_t a = vld3q_u8(src), b = vld3q_u8(src + pitch);
         const uint8x16_t upper = vsraq_n_u8(vshrq_n_u8(a.val[1], 4), b.val[1], 4);
-        const uint8x16_t lower = vmlsq_u8(vaddq_u8(a.val[1], b.val[1]), upper, Bytes(16));
-        uint16x8_t first = vreinterpretq_u16_u8(vzip1q_u8(upper, lower));
-        uint16x8_t second = vreinterpretq_u16_u8(vzip2q_u8(upper, lower));
+        const uint8x16_t lower = vmlsq_u8(vaddq_u8(a.val[1], b.val[1]), upper, Opaque(Bytes(16)));
+        uint16x8_t first = Opaque(vreinterpretq_u16_u8(vzip1q_u8(upper, lower)));
+        uint16x8_t second = Opaque(vreinterpretq_u16_u8(vzip2q_u8(upper, lower)));
         for (const uint8x16x3_t& g : {a, b}) {
             first = vmlal_u8(vaddw_u8(first, vget_low_u8(g.val[0])), vget_low_u8(g.val[2]),
                              vdup_n_u8(16));
@@ -145,7 +145,7 @@ struct NonaSums {
     }
     TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
         Lanes<2> sums;
-        ForEach<3>([&](auto row) {
+        ForEach<3>([&](auto row) TARN_INLINE_LAMBDA {
             sums.v[0] = AddRow<row == 0, 0>(sums.v[0], src + row * pitch);
             sums.v[1] = AddRow<row == 0, 2>(sums.v[1], src + row * pitch + 30);
         });
@@ -176,7 +176,7 @@ struct CellSums<Layout::QCRaw10, 4> {
     TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
         uint16x8_t pairs[4];
         uint8x16_t floors;
-        ForEach<4>([&](auto row) {
+        ForEach<4>([&](auto row) TARN_INLINE_LAMBDA {
             const SixteenGroups groups = SixteenGroups::Load(src + row * pitch);
             for (int i = 0; i < 4; ++i)
                 pairs[i] = Settled(AddPairs<row == 0>(pairs[i], groups.first[i]));

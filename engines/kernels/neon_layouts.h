@@ -128,8 +128,9 @@ struct NeonTenBits {
     TARN_INLINE Block Unpack(const uint8_t* src) {
         Block pixels;
         const EightyBytes bytes = EightyBytes::Load(src);
-        ForEach<8>(
-            [&](auto i) { pixels.v[i] = vandq_u16(EightPixels<L, i>(bytes), Words(0xFFC0)); });
+        ForEach<8>([&](auto i) TARN_INLINE_LAMBDA {
+            pixels.v[i] = vandq_u16(EightPixels<L, i>(bytes), Words(0xFFC0));
+        });
         return pixels;
     }
     TARN_INLINE Block Arranged(const Block& pixels) { return pixels; }

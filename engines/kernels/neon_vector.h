@@ -22,6 +22,9 @@ struct Lanes {
     uint16x8_t v[count];
 };
 
+// What TARN_INLINE is to a function.
+#define TARN_INLINE_LAMBDA __attribute__((always_inline))
+
 template <class Step, size_t... i>
 TARN_INLINE void ForEachOf(Step step, std::index_sequence<i...>) {
     (step(std::integral_constant<int, static_cast<int>(i)>{}), ...);
