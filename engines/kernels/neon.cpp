@@ -47,12 +47,12 @@ struct BinBlocks {
     static constexpr int kWriteSlack = 0;
     static constexpr int kVectors = kPixels / kLanes;
 
-    TARN_INLINE Block Sums(const uint8_t* src, ptrdiff_t srcPitch) {
+    TARN_INLINE Block Sums(Rows<recipe.cell>& rows) {
         constexpr int kLoads = kPixels / Cells::kSums;
         constexpr int kEach = Cells::kSums / kLanes;
         Block sums;
         ForEach<kLoads>([&](auto i) TARN_INLINE_LAMBDA {
-            const auto part = Cells::Load(src + i * BytesRead(recipe, Cells::kSums), srcPitch);
+            const auto part = Cells::Load(rows);
             for (int k = 0; k < kEach; ++k) sums.v[i * kEach + k] = Settled(part.v[k]);
         });
         return sums;
@@ -75,10 +75,9 @@ struct BinBlocks {
     template <bool compensate>
     TARN_INLINE void All(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, int blocks,
                          const Gain& gain) {
-        for (; blocks > 0; --blocks) {
-            Finish<compensate>(Sums(src, srcPitch), dst, gain);
-            src += BytesRead(recipe, kPixels);
-            dst += BytesWritten(recipe, kPixels);
+        auto rows = Rows<recipe.cell>::From(src, srcPitch);
+        for (; blocks > 0; --blocks, dst += BytesWritten(recipe, kPixels)) {
+            Finish<compensate>(Sums(rows), dst, gain);
         }
     }
 
@@ -124,7 +123,6 @@ struct EvBlocks {
             typename Packed::Block pixels = Packed::Unpack(src);
             for (auto& v : pixels.v) v = Compensated<16>(v, gain);
             Packed::template Pack<16 - L::kBits>(pixels, dst);
-            src += kGroups * L::kGroupBytes;
             dst += kGroups * L::kGroupBytes;
         }
     }

@@ -8,7 +8,7 @@ namespace tarn {
 
 // Sums in the order of the row, at the bottom of their lanes.
 //   kSums        how many
-//   Load(src, pitch)
+//   Load(rows)
 template <Layout in, int cell>
 struct CellSums;
 
@@ -29,11 +29,11 @@ TARN_INLINE uint16x8_t AddPixels(uint16x8_t sums, uint16x8_t pixels) {
 }
 
 // Each of 64 pixels, added up over the rows.
-template <class L, int rows>
-TARN_INLINE Lanes<8> ColumnSums(const uint8_t* src, ptrdiff_t pitch) {
+template <class L, int cell>
+TARN_INLINE Lanes<8> ColumnSums(Rows<cell>& rows) {
     Lanes<8> sums;
-    ForEach<rows>([&](auto row) TARN_INLINE_LAMBDA {
-        const EightyBytes bytes = EightyBytes::Load(src + row * pitch);
+    ForEach<cell>([&](auto row) TARN_INLINE_LAMBDA {
+        const EightyBytes bytes = EightyBytes::Load(rows.at[row]);
         ForEach<8>([&](auto i) TARN_INLINE_LAMBDA {
             sums.v[i] = Settled(AddPixels<row == 0>(sums.v[i], EightPixels<L, i>(bytes)));
         });
@@ -53,11 +53,11 @@ struct CellSums<Layout::QCRaw10, 2> {
                           Opaque(vandq_u8(b, Bytes(0xCC))), 2);
     }
 
-    TARN_INLINE Lanes<4> Load(const uint8_t* src, ptrdiff_t pitch) {
-        SixteenGroups a = SixteenGroups::Load(src);
+    TARN_INLINE Lanes<4> Load(Rows<2>& rows) {
+        SixteenGroups a = SixteenGroups::Load(rows.at[0]);
         uint16x8_t highs[4];
         for (int i = 0; i < 4; ++i) highs[i] = Settled(vpaddlq_u8(a.first[i]));
-        const SixteenGroups b = SixteenGroups::Load(src + pitch);
+        const SixteenGroups b = SixteenGroups::Load(rows.at[1]);
         const uint8x16_t low = LowSums(a.last, b.last);
         const uint8x16_t first = vandq_u8(low, Bytes(0x0F)), second = vshrq_n_u8(low, 4);
         const uint8x16_t ordered[2] = {vzip1q_u8(first, second), vzip2q_u8(first, second)};
@@ -75,20 +75,26 @@ template <>
 struct CellSums<Layout::VXRaw10, 2> {
     static constexpr int kSums = 32;
 
-    TARN_INLINE Lanes<4> Load(const uint8_t* src, ptrdiff_t pitch) {
-        const Lanes<8> c = ColumnSums<VXRaw10, 2>(src, pitch);
+    TARN_INLINE Lanes<4> Load(Rows<2>& rows) {
+        const Lanes<8> c = ColumnSums<VXRaw10, 2>(rows);
         return {{PairSums(c.v[0], c.v[1]), PairSums(c.v[2], c.v[3]), PairSums(c.v[4], c.v[5]),
                  PairSums(c.v[6], c.v[7])}};
     }
 };
+
+TARN_INLINE uint8x16x3_t NextThree(const uint8_t*& src) {
+    const uint8x16x3_t bytes = vld3q_u8(src);
+    src += 48;
+    return bytes;
+}
 
 // A cell is a group in each row: 16 (h0 + h1) and the nibbles of the common byte 11110000.
 template <>
 struct CellSums<Layout::QCRaw12, 2> {
     static constexpr int kSums = 16;
 
-    TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
-        const uint8x16x3_t a = vld3q_u8(src), b = vld3q_u8(src + pitch);
+    TARN_INLINE Lanes<2> Load(Rows<2>& rows) {
+        const uint8x16x3_t a = NextThree(rows.at[0]), b = NextThree(rows.at[1]);
         uint8x16_t low = vaddq_u8(vandq_u8(a.val[2], Bytes(0x0F)), vandq_u8(b.val[2], Bytes(0x0F)));
         low = vsraq_n_u8(vsraq_n_u8(low, a.val[2], 4), b.val[2], 4);
         uint16x8_t first = vaddl_u8(vget_low_u8(a.val[0]), vget_low_u8(a.val[1]));
@@ -108,8 +114,8 @@ template <>
 struct CellSums<Layout::VXRaw12, 2> {
     static constexpr int kSums = 16;
 
-    TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
-        const uint8x16x3_t a = vld3q_u8(src), b = vld3q_u8(src + pitch);
+    TARN_INLINE Lanes<2> Load(Rows<2>& rows) {
+        const uint8x16x3_t a = NextThree(rows.at[0]), b = NextThree(rows.at[1]);
         const uint8x16_t upper = vsraq_n_u8(vshrq_n_u8(a.val[1], 4), b.val[1], 4);
         const uint8x16_t lower = vmlsq_u8(vaddq_u8(a.val[1], b.val[1]), upper, Opaque(Bytes(16)));
         uint16x8_t first = Opaque(vreinterpretq_u16_u8(vzip1q_u8(upper, lower)));
@@ -136,18 +142,20 @@ struct NonaSums {
             Bytes([=](int i) { return PixelLanes<L>::Byte(pixel(i / 2), i % 2) + from; });
         return PixelLanes<L>::ToTop(vqtbl2q_u8(bytes, pattern), pixel);
     }
-    template <bool isFirst, int from>
-    TARN_INLINE uint16x8_t AddRow(uint16x8_t sums, const uint8_t* src) {
-        const uint8x16x2_t bytes = vld1q_u8_x2(src - from);
+    // Moves src on by `step` bytes.
+    template <bool isFirst, int from, int step>
+    TARN_INLINE uint16x8_t AddRow(uint16x8_t sums, const uint8_t*& src) {
+        const uint8x16x2_t bytes = vld1q_u8_x2(src);
+        MoveOn<step>(src);
         sums = AddPixels<isFirst>(sums, Pixel<0, from>(bytes));
         sums = AddPixels<false>(sums, Pixel<1, from>(bytes));
         return Settled(AddPixels<false>(sums, Pixel<2, from>(bytes)));
     }
-    TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
+    TARN_INLINE Lanes<2> Load(Rows<3>& rows) {
         Lanes<2> sums;
         ForEach<3>([&](auto row) TARN_INLINE_LAMBDA {
-            sums.v[0] = AddRow<row == 0, 0>(sums.v[0], src + row * pitch);
-            sums.v[1] = AddRow<row == 0, 2>(sums.v[1], src + row * pitch + 30);
+            sums.v[0] = AddRow<row == 0, 0, 28>(sums.v[0], rows.at[row]);
+            sums.v[1] = AddRow<row == 0, 2, 32>(sums.v[1], rows.at[row]);
         });
         return sums;
     }
@@ -173,11 +181,11 @@ struct CellSums<Layout::QCRaw10, 4> {
         return isFirst ? vshrq_n_u8(all, 6) : vsraq_n_u8(floors, all, 6);
     }
 
-    TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
+    TARN_INLINE Lanes<2> Load(Rows<4>& rows) {
         uint16x8_t pairs[4];
         uint8x16_t floors;
         ForEach<4>([&](auto row) TARN_INLINE_LAMBDA {
-            const SixteenGroups groups = SixteenGroups::Load(src + row * pitch);
+            const SixteenGroups groups = SixteenGroups::Load(rows.at[row]);
             for (int i = 0; i < 4; ++i)
                 pairs[i] = Settled(AddPairs<row == 0>(pairs[i], groups.first[i]));
             floors = Settled(AddFloors<row == 0>(floors, groups.last));
@@ -191,8 +199,8 @@ template <>
 struct CellSums<Layout::VXRaw10, 4> {
     static constexpr int kSums = 16;
 
-    TARN_INLINE Lanes<2> Load(const uint8_t* src, ptrdiff_t pitch) {
-        const Lanes<8> c = ColumnSums<VXRaw10, 4>(src, pitch);
+    TARN_INLINE Lanes<2> Load(Rows<4>& rows) {
+        const Lanes<8> c = ColumnSums<VXRaw10, 4>(rows);
         return {{PairSums(PairSums(c.v[0], c.v[1]), PairSums(c.v[2], c.v[3])),
                  PairSums(PairSums(c.v[4], c.v[5]), PairSums(c.v[6], c.v[7]))}};
     }
@@ -200,4 +208,4 @@ struct CellSums<Layout::VXRaw10, 4> {
 
 }  // namespace tarn
 
-#endif  // TARN_ENGINES_KERNELS_NEON_CELLS_H_
+#endif  // TARN_ENGINES_KERNELS_NEON_4S_H_

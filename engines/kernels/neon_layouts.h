@@ -42,8 +42,13 @@ struct EightyBytes {
     uint8x16x4_t begin;
     uint8x16x2_t end;  // from byte 48
 
-    TARN_INLINE EightyBytes Load(const uint8_t* src) {
-        return {vld1q_u8_x4(src), vld1q_u8_x2(src + 48)};
+    TARN_INLINE EightyBytes Load(const uint8_t*& src) {
+        EightyBytes bytes;
+        bytes.begin = vld1q_u8_x4(src);
+        MoveOn<48>(src);
+        bytes.end = vld1q_u8_x2(src);
+        src += 32;
+        return bytes;
     }
     // Bytes at pattern, counted from byte 16 x first, out of two registers from there.
     template <int first>
@@ -70,7 +75,7 @@ struct SixteenGroups {
     uint8x16_t first[4];
     uint8x16_t last;
 
-    TARN_INLINE SixteenGroups Load(const uint8_t* src) {
+    TARN_INLINE SixteenGroups Load(const uint8_t*& src) {
         const EightyBytes bytes = EightyBytes::Load(src);
         SixteenGroups groups;
         groups.first[0] = EightyBytes::Pick<0>(bytes, FirstFrom(0));
@@ -125,7 +130,7 @@ struct NeonTenBits {
     static constexpr int kPixels = 64;
     using Block = Lanes<kPixels / kLanes>;
 
-    TARN_INLINE Block Unpack(const uint8_t* src) {
+    TARN_INLINE Block Unpack(const uint8_t*& src) {
         Block pixels;
         const EightyBytes bytes = EightyBytes::Load(src);
         ForEach<8>([&](auto i) TARN_INLINE_LAMBDA {
@@ -165,26 +170,22 @@ struct NeonLayout<QCRaw10> : NeonTenBits<QCRaw10> {
 
 template <>
 struct NeonLayout<VXRaw10> : NeonTenBits<VXRaw10> {
-    // Pixel k moved up by 2k bits covers its bits of bytes k and k+1.
+    // Pixel k moved up by 2k bits covers its bits of bytes k and k+1. There the second byte's bits
+    // replace what was below the next pixel.
     template <int below>
     TARN_INLINE void Pack(const Block& pixels, uint8_t* dst) {
         const auto shift = Bytes([](int i) { return i % 2 ? 0 : i % 8 - below; });
+        const auto carried = Bytes([](int i) { return (1 << 2 * (i % 4)) - 1; });
         uint8x16_t first[4], high[4];
         for (int i = 0; i < 4; ++i) {
-            uint16x8_t placed[2];
-            for (int k = 0; k < 2; ++k) {
-                uint16x8_t v = pixels.v[2 * i + k];
-                if constexpr (below > 0) v = vandq_u16(v, Words(0xFFFF << below));
-                placed[k] = vshlq_u16(v, vreinterpretq_s16_u8(shift));
-            }
-            const uint8x16_t low = Narrow<0>(placed[0], placed[1]);
-            high[i] = Narrow<8>(placed[0], placed[1]);
-            first[i] = vreinterpretq_u8_u32(vmlaq_u32(vreinterpretq_u32_u8(low),
-                                                      vreinterpretq_u32_u8(high[i]),
-                                                      Opaque(vdupq_n_u32(256))));
+            const uint16x8_t a = vshlq_u16(pixels.v[2 * i], vreinterpretq_s16_u8(shift));
+            const uint16x8_t b = vshlq_u16(pixels.v[2 * i + 1], vreinterpretq_s16_u8(shift));
+            high[i] = Narrow<8>(a, b);
+            const uint32x4_t next = vshlq_n_u32(vreinterpretq_u32_u8(high[i]), 8);
+            first[i] = vbslq_u8(carried, vreinterpretq_u8_u32(next), Narrow<0>(a, b));
         }
-        StoreGroups(dst, first,
-                    vuzp2q_u8(vuzp2q_u8(high[0], high[1]), vuzp2q_u8(high[2], high[3])));
+        const uint8x16_t last = vuzp2q_u8(vuzp2q_u8(high[0], high[1]), vuzp2q_u8(high[2], high[3]));
+        StoreGroups(dst, first, last);
     }
 };
 
@@ -211,8 +212,9 @@ struct NeonTwelveBits {
 
 template <>
 struct NeonLayout<QCRaw12> : NeonTwelveBits {
-    TARN_INLINE Block Unpack(const uint8_t* src) {
+    TARN_INLINE Block Unpack(const uint8_t*& src) {
         const uint8x16x3_t g = vld3q_u8(src);
+        src += 48;
         return Both(Widened(vshlq_n_u8(g.val[2], 4), g.val[0]),
                     Widened(vandq_u8(g.val[2], Bytes(0xF0)), g.val[1]));
     }
@@ -232,8 +234,9 @@ struct NeonLayout<QCRaw12> : NeonTwelveBits {
 
 template <>
 struct NeonLayout<VXRaw12> : NeonTwelveBits {
-    TARN_INLINE Block Unpack(const uint8_t* src) {
+    TARN_INLINE Block Unpack(const uint8_t*& src) {
         const uint8x16x3_t g = vld3q_u8(src);
+        src += 48;
         const uint8x16_t high = vsliq_n_u8(vshrq_n_u8(g.val[0], 4), g.val[1], 4);
         return Both(Widened(vshlq_n_u8(g.val[0], 4), high),
                     Widened(vandq_u8(g.val[1], Bytes(0xF0)), g.val[2]));

@@ -70,6 +70,26 @@ TARN_INLINE uint16x8_t Words(int word) {
     return vdupq_n_u16(static_cast<uint16_t>(word));
 }
 
+// The rows of a block's cells, each where it is to be read next. Loads move on by a register, which
+// they do at no cost; an address computed for each would be an instruction.
+template <int cell>
+struct Rows {
+    const uint8_t* at[cell];
+
+    TARN_INLINE Rows From(const uint8_t* src, ptrdiff_t pitch) {
+        Rows rows;
+        for (int row = 0; row < cell; ++row) rows.at[row] = src + row * pitch;
+        return rows;
+    }
+};
+
+template <int bytes>
+TARN_INLINE void MoveOn(const uint8_t*& src) {
+    ptrdiff_t step = bytes;
+    asm("" : "+r"(step));
+    src += step;
+}
+
 // Bits shift+7..shift of 16 lanes, those there are.
 template <int shift>
 TARN_INLINE uint8x16_t Narrow(uint16x8_t a, uint16x8_t b) {
