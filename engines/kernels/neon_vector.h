@@ -88,6 +88,7 @@ TARN_INLINE void MoveOn(const uint8_t*& src) {
     ptrdiff_t step = bytes;
     asm("" : "+r"(step));
     src += step;
+    asm("" : "+r"(src));
 }
 
 // Bits shift+7..shift of 16 lanes, those there are.
