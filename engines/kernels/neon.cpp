@@ -47,12 +47,17 @@ struct BinBlocks {
     static constexpr int kWriteSlack = 0;
     static constexpr int kVectors = kPixels / kLanes;
 
+    // A plain code is a sum's upper bits; a gain wants them all.
+    template <bool compensate>
+    static constexpr int kDrop = compensate || kScale.ninths ? 0 : Cells::kDroppable;
+
+    template <int drop>
     TARN_INLINE Block Sums(Rows<recipe.cell>& rows) {
         constexpr int kLoads = kPixels / Cells::kSums;
         constexpr int kEach = Cells::kSums / kLanes;
         Block sums;
         ForEach<kLoads>([&](auto i) TARN_INLINE_LAMBDA {
-            const auto part = Cells::Load(rows);
+            const auto part = Cells::template Load<drop>(rows);
             for (int k = 0; k < kEach; ++k) sums.v[i * kEach + k] = Settled(part.v[k]);
         });
         return sums;
@@ -68,7 +73,7 @@ struct BinBlocks {
             if constexpr (kScale.ninths) v = Ninths(v);
         }
         constexpr int kTop = 16 - Shape(recipe.out).bits;
-        constexpr int kBelow = kScale.ninths ? 0 : compensate ? kTop : kScale.below;
+        constexpr int kBelow = kScale.ninths ? 0 : compensate ? kTop : kScale.below - kDrop<false>;
         Out::template Pack<kBelow>(Out::Arranged(sums), dst);
     }
 
@@ -77,7 +82,7 @@ struct BinBlocks {
                          const Gain& gain) {
         auto rows = Rows<recipe.cell>::From(src, srcPitch);
         for (; blocks > 0; --blocks, dst += BytesWritten(recipe, kPixels)) {
-            Finish<compensate>(Sums(rows), dst, gain);
+            Finish<compensate>(Sums<kDrop<compensate>>(rows), dst, gain);
         }
     }
 

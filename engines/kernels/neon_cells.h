@@ -8,6 +8,7 @@ namespace tarn {
 
 // Sums in the order of the row, at the bottom of their lanes.
 //   kSums        how many
+//   kDroppable   bits at the bottom that cost less to leave out than to make
 //   Load(rows)
 template <Layout in, int cell>
 struct CellSums;
@@ -46,6 +47,7 @@ TARN_INLINE Lanes<8> ColumnSums(Rows<cell>& rows) {
 template <>
 struct CellSums<Layout::QCRaw10, 2> {
     static constexpr int kSums = 32;
+    static constexpr int kDroppable = 2;
 
     TARN_INLINE uint8x16_t LowSums(uint8x16_t a, uint8x16_t b) {
         const uint8x16_t even = vaddq_u8(vandq_u8(a, Bytes(0x33)), vandq_u8(b, Bytes(0x33)));
@@ -53,19 +55,22 @@ struct CellSums<Layout::QCRaw10, 2> {
                           Opaque(vandq_u8(b, Bytes(0xCC))), 2);
     }
 
+    template <int drop>
     TARN_INLINE Lanes<4> Load(Rows<2>& rows) {
         SixteenGroups a = SixteenGroups::Load(rows.at[0]);
         uint16x8_t highs[4];
         for (int i = 0; i < 4; ++i) highs[i] = Settled(vpaddlq_u8(a.first[i]));
         const SixteenGroups b = SixteenGroups::Load(rows.at[1]);
-        const uint8x16_t low = LowSums(a.last, b.last);
+        uint8x16_t low = LowSums(a.last, b.last);
+        if constexpr (drop > 0) low = vandq_u8(vshrq_n_u8(low, drop), Bytes(0x33));
         const uint8x16_t first = vandq_u8(low, Bytes(0x0F)), second = vshrq_n_u8(low, 4);
         const uint8x16_t ordered[2] = {vzip1q_u8(first, second), vzip2q_u8(first, second)};
         Lanes<4> sums;
         for (int i = 0; i < 4; ++i) {
             const uint16x8_t high = vpadalq_u8(highs[i], b.first[i]);
-            sums.v[i] = vaddw_u8(vshlq_n_u16(high, 2), i % 2 ? vget_high_u8(ordered[i / 2])
-                                                             : vget_low_u8(ordered[i / 2]));
+            const uint8x8_t part =
+                i % 2 ? vget_high_u8(ordered[i / 2]) : vget_low_u8(ordered[i / 2]);
+            sums.v[i] = vaddw_u8(drop > 0 ? high : vshlq_n_u16(high, 2), part);
         }
         return sums;
     }
@@ -74,7 +79,9 @@ struct CellSums<Layout::QCRaw10, 2> {
 template <>
 struct CellSums<Layout::VXRaw10, 2> {
     static constexpr int kSums = 32;
+    static constexpr int kDroppable = 0;
 
+    template <int drop>
     TARN_INLINE Lanes<4> Load(Rows<2>& rows) {
         const Lanes<8> c = ColumnSums<VXRaw10, 2>(rows);
         return {{PairSums(c.v[0], c.v[1]), PairSums(c.v[2], c.v[3]), PairSums(c.v[4], c.v[5]),
@@ -92,7 +99,9 @@ TARN_INLINE uint8x16x3_t NextThree(const uint8_t*& src) {
 template <>
 struct CellSums<Layout::QCRaw12, 2> {
     static constexpr int kSums = 16;
+    static constexpr int kDroppable = 0;
 
+    template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<2>& rows) {
         const uint8x16x3_t a = NextThree(rows.at[0]), b = NextThree(rows.at[1]);
         uint8x16_t low = vaddq_u8(vandq_u8(a.val[2], Bytes(0x0F)), vandq_u8(b.val[2], Bytes(0x0F)));
@@ -113,7 +122,9 @@ struct CellSums<Layout::QCRaw12, 2> {
 template <>
 struct CellSums<Layout::VXRaw12, 2> {
     static constexpr int kSums = 16;
+    static constexpr int kDroppable = 0;
 
+    template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<2>& rows) {
         const uint8x16x3_t a = NextThree(rows.at[0]), b = NextThree(rows.at[1]);
         const uint8x16_t upper = vsraq_n_u8(vshrq_n_u8(a.val[1], 4), b.val[1], 4);
@@ -133,6 +144,7 @@ struct CellSums<Layout::VXRaw12, 2> {
 template <class L>
 struct NonaSums {
     static constexpr int kSums = 16;
+    static constexpr int kDroppable = 0;
 
     // Pixel k of the eight cells that begin at byte `from`.
     template <int k, int from>
@@ -151,6 +163,7 @@ struct NonaSums {
         sums = AddPixels<false>(sums, Pixel<1, from>(bytes));
         return Settled(AddPixels<false>(sums, Pixel<2, from>(bytes)));
     }
+    template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<3>& rows) {
         Lanes<2> sums;
         ForEach<3>([&](auto row) TARN_INLINE_LAMBDA {
@@ -170,6 +183,7 @@ struct CellSums<Layout::VXRaw10, 3> : NonaSums<VXRaw10> {};
 template <>
 struct CellSums<Layout::QCRaw10, 4> {
     static constexpr int kSums = 16;
+    static constexpr int kDroppable = 0;
 
     // Of the bytes 33221100, masks 33 and CC take l0 + 16 l2 and 4 l1 + 64 l3; in the sum
     // x = (l0+l1) + 16 (l2+l3) fields do not touch, and 17 x has all four added from bit 4 on.
@@ -181,6 +195,7 @@ struct CellSums<Layout::QCRaw10, 4> {
         return isFirst ? vshrq_n_u8(all, 6) : vsraq_n_u8(floors, all, 6);
     }
 
+    template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<4>& rows) {
         uint16x8_t pairs[4];
         uint8x16_t floors;
@@ -198,7 +213,9 @@ struct CellSums<Layout::QCRaw10, 4> {
 template <>
 struct CellSums<Layout::VXRaw10, 4> {
     static constexpr int kSums = 16;
+    static constexpr int kDroppable = 0;
 
+    template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<4>& rows) {
         const Lanes<8> c = ColumnSums<VXRaw10, 4>(rows);
         return {{PairSums(PairSums(c.v[0], c.v[1]), PairSums(c.v[2], c.v[3])),
