@@ -42,17 +42,19 @@ TARN_INLINE Lanes<8> ColumnSums(Rows<cell>& rows) {
     return sums;
 }
 
-// Two cells in each group: 4 (h0 + h1) and fields of the common byte 33221100. Masks 33 and CC take
-// l0 + 16 l2 and 4 l1 + 64 l3: the sums of both cells, over both rows, fit a nibble each.
+// Two cells in each group: 4 (h0 + h1) and fields of the common byte 33221100. Mask 33 and its
+// complement take l0 + 16 l2 and 4 l1 + 64 l3: the sums of both cells, over both rows, fit a nibble
+// each.
 template <>
 struct CellSums<Layout::QCRaw10, 2> {
     static constexpr int kSums = 32;
     static constexpr int kDroppable = 2;
 
     TARN_INLINE uint8x16_t LowSums(uint8x16_t a, uint8x16_t b) {
-        const uint8x16_t even = vaddq_u8(vandq_u8(a, Bytes(0x33)), vandq_u8(b, Bytes(0x33)));
-        return vsraq_n_u8(vsraq_n_u8(even, Opaque(vandq_u8(a, Bytes(0xCC))), 2),
-                          Opaque(vandq_u8(b, Bytes(0xCC))), 2);
+        const uint8x16_t mask = Opaque(Bytes(0x33));
+        const uint8x16_t even = vaddq_u8(vandq_u8(a, mask), vandq_u8(b, mask));
+        return vsraq_n_u8(vsraq_n_u8(even, Opaque(vbicq_u8(a, mask)), 2), Opaque(vbicq_u8(b, mask)),
+                          2);
     }
 
     template <int drop>
@@ -61,9 +63,9 @@ struct CellSums<Layout::QCRaw10, 2> {
         uint16x8_t highs[4];
         for (int i = 0; i < 4; ++i) highs[i] = Settled(vpaddlq_u8(a.first[i]));
         const SixteenGroups b = SixteenGroups::Load(rows.at[1]);
-        uint8x16_t low = LowSums(a.last, b.last);
-        if constexpr (drop > 0) low = vandq_u8(vshrq_n_u8(low, drop), Bytes(0x33));
-        const uint8x16_t first = vandq_u8(low, Bytes(0x0F)), second = vshrq_n_u8(low, 4);
+        const uint8x16_t low = LowSums(a.last, b.last);
+        const uint8x16_t first = vandq_u8(drop > 0 ? vshrq_n_u8(low, 2) : low, Bytes(0x0F >> drop));
+        const uint8x16_t second = vshrq_n_u8(low, 4 + drop);
         const uint8x16_t ordered[2] = {vzip1q_u8(first, second), vzip2q_u8(first, second)};
         Lanes<4> sums;
         for (int i = 0; i < 4; ++i) {
@@ -185,12 +187,12 @@ struct CellSums<Layout::QCRaw10, 4> {
     static constexpr int kSums = 16;
     static constexpr int kDroppable = 0;
 
-    // Of the bytes 33221100, masks 33 and CC take l0 + 16 l2 and 4 l1 + 64 l3; in the sum
-    // x = (l0+l1) + 16 (l2+l3) fields do not touch, and 17 x has all four added from bit 4 on.
+    // Of the bytes 33221100, mask 33 and its complement take l0 + 16 l2 and 4 l1 + 64 l3; in the
+    // sum x = (l0+l1) + 16 (l2+l3) fields do not touch, and 17 x has all four added from bit 4 on.
     template <bool isFirst>
     TARN_INLINE uint8x16_t AddFloors(uint8x16_t floors, uint8x16_t low) {
-        const uint8x16_t x =
-            vsraq_n_u8(vandq_u8(low, Bytes(0x33)), Opaque(vandq_u8(low, Bytes(0xCC))), 2);
+        const uint8x16_t mask = Opaque(Bytes(0x33));
+        const uint8x16_t x = vsraq_n_u8(vandq_u8(low, mask), Opaque(vbicq_u8(low, mask)), 2);
         const uint8x16_t all = vmulq_u8(x, Bytes(17));
         return isFirst ? vshrq_n_u8(all, 6) : vsraq_n_u8(floors, all, 6);
     }
