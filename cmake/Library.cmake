@@ -16,7 +16,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
   set_source_files_properties(engines/kernels/avx2.cpp PROPERTIES COMPILE_OPTIONS "-O2;-mavx2;-mfma")
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
   set(tarn_level_sources engines/kernels/neon.cpp)
-  set_source_files_properties(engines/kernels/neon.cpp PROPERTIES COMPILE_OPTIONS "-O2")
+  set_source_files_properties(${tarn_level_sources} PROPERTIES COMPILE_OPTIONS "-O2")
 endif()
 
 add_library(tarn_objects STATIC

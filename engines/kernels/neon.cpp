@@ -162,8 +162,10 @@ void PackRow(const uint16_t* src, uint8_t* dst, ptrdiff_t groups, int shift) {
     const int16x8_t up = vdupq_n_s16(static_cast<int16_t>(kTop - shift));
     for (; groups >= kGroups; groups -= kGroups, src += Packed::kPixels) {
         typename Packed::Block pixels;
-        for (int i = 0; i < Packed::kPixels / kLanes; ++i) {
-            pixels.v[i] = vshlq_u16(vld1q_u16(src + i * kLanes), up);
+        const uint16_t* from = src;
+        for (auto& v : pixels.v) {
+            v = vshlq_u16(vld1q_u16(from), up);
+            from += kLanes;
         }
         Packed::template Pack<kTop>(Packed::Arranged(pixels), dst);
         dst += kGroups * L::kGroupBytes;

@@ -9,7 +9,7 @@ namespace tarn {
 // Sums in the order of the row, at the bottom of their lanes.
 //   kSums        how many
 //   kDroppable   bits at the bottom that cost less to leave out than to make
-//   Load(rows)
+//   Load<drop>(rows)   moves the rows on; drop is 0 or kDroppable
 template <Layout in, int cell>
 struct CellSums;
 
@@ -32,7 +32,7 @@ TARN_INLINE uint16x8_t AddPixels(uint16x8_t sums, uint16x8_t pixels) {
 // Each of 64 pixels, added up over the rows.
 template <class L, int cell>
 TARN_INLINE Lanes<8> ColumnSums(Rows<cell>& rows) {
-    Lanes<8> sums;
+    Lanes<8> sums{};
     ForEach<cell>([&](auto row) TARN_INLINE_LAMBDA {
         const EightyBytes bytes = EightyBytes::Load(rows.at[row]);
         ForEach<8>([&](auto i) TARN_INLINE_LAMBDA {
@@ -59,16 +59,16 @@ struct CellSums<Layout::QCRaw10, 2> {
 
     template <int drop>
     TARN_INLINE Lanes<4> Load(Rows<2>& rows) {
-        SixteenGroups a = SixteenGroups::Load(rows.at[0]);
+        const SixteenGroups a = SixteenGroups::Load(rows.at[0]);
         uint16x8_t highs[4];
-        for (int i = 0; i < 4; ++i) highs[i] = Settled(vpaddlq_u8(a.first[i]));
+        for (size_t i = 0; i < 4; ++i) highs[i] = Settled(vpaddlq_u8(a.first[i]));
         const SixteenGroups b = SixteenGroups::Load(rows.at[1]);
         const uint8x16_t low = LowSums(a.last, b.last);
         const uint8x16_t first = vandq_u8(drop > 0 ? vshrq_n_u8(low, 2) : low, Bytes(0x0F >> drop));
         const uint8x16_t second = vshrq_n_u8(low, 4 + drop);
         const uint8x16_t ordered[2] = {vzip1q_u8(first, second), vzip2q_u8(first, second)};
         Lanes<4> sums;
-        for (int i = 0; i < 4; ++i) {
+        for (size_t i = 0; i < 4; ++i) {
             const uint16x8_t high = vpadalq_u8(highs[i], b.first[i]);
             const uint8x8_t part =
                 i % 2 ? vget_high_u8(ordered[i / 2]) : vget_low_u8(ordered[i / 2]);
@@ -91,12 +91,6 @@ struct CellSums<Layout::VXRaw10, 2> {
     }
 };
 
-TARN_INLINE uint8x16x3_t NextThree(const uint8_t*& src) {
-    const uint8x16x3_t bytes = vld3q_u8(src);
-    src += 48;
-    return bytes;
-}
-
 // A cell is a group in each row: 16 (h0 + h1) and the nibbles of the common byte 11110000.
 template <>
 struct CellSums<Layout::QCRaw12, 2> {
@@ -105,7 +99,7 @@ struct CellSums<Layout::QCRaw12, 2> {
 
     template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<2>& rows) {
-        const uint8x16x3_t a = NextThree(rows.at[0]), b = NextThree(rows.at[1]);
+        const uint8x16x3_t a = NextGroups(rows.at[0]), b = NextGroups(rows.at[1]);
         uint8x16_t low = vaddq_u8(vandq_u8(a.val[2], Bytes(0x0F)), vandq_u8(b.val[2], Bytes(0x0F)));
         low = vsraq_n_u8(vsraq_n_u8(low, a.val[2], 4), b.val[2], 4);
         uint16x8_t first = vaddl_u8(vget_low_u8(a.val[0]), vget_low_u8(a.val[1]));
@@ -128,7 +122,7 @@ struct CellSums<Layout::VXRaw12, 2> {
 
     template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<2>& rows) {
-        const uint8x16x3_t a = NextThree(rows.at[0]), b = NextThree(rows.at[1]);
+        const uint8x16x3_t a = NextGroups(rows.at[0]), b = NextGroups(rows.at[1]);
         const uint8x16_t upper = vsraq_n_u8(vshrq_n_u8(a.val[1], 4), b.val[1], 4);
         const uint8x16_t lower = vmlsq_u8(vaddq_u8(a.val[1], b.val[1]), upper, Opaque(Bytes(16)));
         uint16x8_t first = Opaque(vreinterpretq_u16_u8(vzip1q_u8(upper, lower)));
@@ -167,7 +161,7 @@ struct NonaSums {
     }
     template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<3>& rows) {
-        Lanes<2> sums;
+        Lanes<2> sums{};
         ForEach<3>([&](auto row) TARN_INLINE_LAMBDA {
             sums.v[0] = AddRow<row == 0, 0, 28>(sums.v[0], rows.at[row]);
             sums.v[1] = AddRow<row == 0, 2, 32>(sums.v[1], rows.at[row]);
@@ -199,12 +193,13 @@ struct CellSums<Layout::QCRaw10, 4> {
 
     template <int drop>
     TARN_INLINE Lanes<2> Load(Rows<4>& rows) {
-        uint16x8_t pairs[4];
-        uint8x16_t floors;
+        uint16x8_t pairs[4] = {};
+        uint8x16_t floors = Bytes(0);
         ForEach<4>([&](auto row) TARN_INLINE_LAMBDA {
             const SixteenGroups groups = SixteenGroups::Load(rows.at[row]);
-            for (int i = 0; i < 4; ++i)
+            for (size_t i = 0; i < 4; ++i) {
                 pairs[i] = Settled(AddPairs<row == 0>(pairs[i], groups.first[i]));
+            }
             floors = Settled(AddFloors<row == 0>(floors, groups.last));
         });
         return {{vaddw_u8(PairSums(pairs[0], pairs[1]), vget_low_u8(floors)),
@@ -227,4 +222,4 @@ struct CellSums<Layout::VXRaw10, 4> {
 
 }  // namespace tarn
 
-#endif  // TARN_ENGINES_KERNELS_NEON_4S_H_
+#endif  // TARN_ENGINES_KERNELS_NEON_CELLS_H_

@@ -53,10 +53,11 @@ struct EightyBytes {
     // Bytes at pattern, counted from byte 16 x first, out of two registers from there.
     template <int first>
     TARN_INLINE uint8x16_t Pick(const EightyBytes& bytes, uint8x16_t pattern) {
-        if constexpr (first == 3)
+        if constexpr (first == 3) {
             return vqtbl2q_u8(bytes.end, pattern);
-        else
+        } else {
             return vqtbl2q_u8({{bytes.begin.val[first], bytes.begin.val[first + 1]}}, pattern);
+        }
     }
 };
 
@@ -99,11 +100,12 @@ struct SixteenGroups {
 
 // Writes 16 groups of five bytes: the first four of each from `first`, the last from `last`.
 TARN_INLINE void StoreGroups(uint8_t* dst, const uint8x16_t (&first)[4], uint8x16_t last) {
-    // Byte i counted from the group of which `first` has the byte `skipped`; 16 and up are `last`.
-    const auto pattern = [](int start, int base) {
+    // From byte `start` on, where `skipped` bytes of `first` have gone before. Indices from 16 on
+    // are bytes of `last`.
+    const auto pattern = [](int start, int skipped) {
         return Bytes([=](int i) {
             const int at = start + i;
-            return at % 5 == 4 ? 16 + at / 5 : at / 5 * 4 + at % 5 - base;
+            return at % 5 == 4 ? 16 + at / 5 : at / 5 * 4 + at % 5 - skipped;
         });
     };
     const auto store = [=](uint8_t* to, uint8x16_t bytes, uint8x16_t choice) {
@@ -117,7 +119,7 @@ TARN_INLINE void StoreGroups(uint8_t* dst, const uint8x16_t (&first)[4], uint8x1
 }
 
 // Layouts, as blocks of kPixels in an order of their own:
-//   Unpack       pixels at the top of their lanes, zeros below
+//   Unpack       pixels at the top of their lanes, zeros below; moves src on
 //   Arranged     pixels in the row's order, brought to the layout's
 //   Pack<below>  takes the pixels above the lowest `below` bits of each lane; bits above them only
 //                where they end at the top
@@ -143,16 +145,21 @@ struct NeonTenBits {
 
 template <>
 struct NeonLayout<QCRaw10> : NeonTenBits<QCRaw10> {
+    // A field of two bits is taken with bits above it from the bottom of a byte, or with bits below
+    // it from the top: joining drops them.
     template <int below>
     TARN_INLINE void Pack(const Block& pixels, uint8_t* dst) {
-        uint8x16_t high[4], two[4];
-        for (int i = 0; i < 4; ++i) {
-            high[i] = Narrow<below + 2>(pixels.v[2 * i], pixels.v[2 * i + 1]);
-            two[i] = Narrow < below == 6 ? 0 : below > (pixels.v[2 * i], pixels.v[2 * i + 1]);
+        constexpr bool kAtTop = below == 6;
+        constexpr int kFields = kAtTop ? 0 : below;
+        uint8x16_t high[4], low[4];
+        for (size_t i = 0; i < 4; ++i) {
+            const uint16x8_t a = pixels.v[2 * i], b = pixels.v[2 * i + 1];
+            high[i] = Narrow<below + 2>(a, b);
+            low[i] = Narrow<kFields>(a, b);
         }
-        const uint8x16_t low = Joined<below == 6, 4>(Joined<below == 6, 2>(two[0], two[1]),
-                                                     Joined<below == 6, 2>(two[2], two[3]));
-        StoreGroups(dst, high, low);
+        const uint8x16_t begin = Joined<kAtTop, 2>(low[0], low[1]);
+        const uint8x16_t end = Joined<kAtTop, 2>(low[2], low[3]);
+        StoreGroups(dst, high, Joined<kAtTop, 4>(begin, end));
     }
 
  private:
@@ -177,7 +184,7 @@ struct NeonLayout<VXRaw10> : NeonTenBits<VXRaw10> {
         const auto shift = Bytes([](int i) { return i % 2 ? 0 : i % 8 - below; });
         const auto carried = Bytes([](int i) { return (1 << 2 * (i % 4)) - 1; });
         uint8x16_t first[4], high[4];
-        for (int i = 0; i < 4; ++i) {
+        for (size_t i = 0; i < 4; ++i) {
             const uint16x8_t a = vshlq_u16(pixels.v[2 * i], vreinterpretq_s16_u8(shift));
             const uint16x8_t b = vshlq_u16(pixels.v[2 * i + 1], vreinterpretq_s16_u8(shift));
             high[i] = Narrow<8>(a, b);
@@ -188,6 +195,13 @@ struct NeonLayout<VXRaw10> : NeonTenBits<VXRaw10> {
         StoreGroups(dst, first, last);
     }
 };
+
+// 16 groups of three bytes: the first, the second and the third of each.
+TARN_INLINE uint8x16x3_t NextGroups(const uint8_t*& src) {
+    const uint8x16x3_t bytes = vld3q_u8(src);
+    src += 48;
+    return bytes;
+}
 
 // First the groups' first pixels, then the second ones.
 struct NeonTwelveBits {
@@ -213,8 +227,7 @@ struct NeonTwelveBits {
 template <>
 struct NeonLayout<QCRaw12> : NeonTwelveBits {
     TARN_INLINE Block Unpack(const uint8_t*& src) {
-        const uint8x16x3_t g = vld3q_u8(src);
-        src += 48;
+        const uint8x16x3_t g = NextGroups(src);
         return Both(Widened(vshlq_n_u8(g.val[2], 4), g.val[0]),
                     Widened(vandq_u8(g.val[2], Bytes(0xF0)), g.val[1]));
     }
@@ -235,8 +248,7 @@ struct NeonLayout<QCRaw12> : NeonTwelveBits {
 template <>
 struct NeonLayout<VXRaw12> : NeonTwelveBits {
     TARN_INLINE Block Unpack(const uint8_t*& src) {
-        const uint8x16x3_t g = vld3q_u8(src);
-        src += 48;
+        const uint8x16x3_t g = NextGroups(src);
         const uint8x16_t high = vsliq_n_u8(vshrq_n_u8(g.val[0], 4), g.val[1], 4);
         return Both(Widened(vshlq_n_u8(g.val[0], 4), high),
                     Widened(vandq_u8(g.val[1], Bytes(0xF0)), g.val[2]));
