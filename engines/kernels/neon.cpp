@@ -45,7 +45,6 @@ struct BinBlocks {
     static constexpr int kPixels = Out::kPixels;
     static constexpr int kReadSlack = 0;
     static constexpr int kWriteSlack = 0;
-    static constexpr int kVectors = kPixels / kLanes;
 
     // A plain code is a sum's upper bits; a gain wants them all.
     template <bool compensate>
