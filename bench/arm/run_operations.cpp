@@ -24,6 +24,8 @@ template <auto Member, int... OutFormat>
 void Engine(uint8_t* src, uint8_t* dst, const BufferInfo& info, const SensorInfo& sensor) {
     [&]<class E, class... A>(int (E::*member)(A...)) {
         E engine;
+        // The first call of a process also binds symbols.
+        (engine.*member)(src, dst, info, sensor, OutFormat...);
         asm volatile("hint #0x70" ::: "memory");
         (engine.*member)(src, dst, info, sensor, OutFormat...);
         asm volatile("hint #0x71" ::: "memory");
