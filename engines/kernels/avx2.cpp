@@ -33,6 +33,14 @@ TARN_INLINE __m256i Ninths(__m256i sums) {
     return _mm256_slli_epi16(_mm256_mulhi_epu16(sums, Words(58255)), 1);
 }
 
+// Packs n blocks. Stage by stage: the instructions of one block depend on each other, and the
+// processor does not look far enough ahead to overlap them with the next block's.
+template <class Out, int n>
+TARN_INLINE void StoreBlocks(uint8_t* dst, __m256i (&v)[n]) {
+    for (int i = 0; i < n; ++i) v[i] = Avx2Layout<Out>::Pack(v[i]);
+    for (int i = 0; i < n; ++i) StoreBlock<Out>(dst + i * kBlockBytes<Out>, v[i]);
+}
+
 // A binning operation, one input row after another: that keeps reads in the order of the addresses,
 // which is worth more than the round trip of the sums through the first-level cache. The last row's
 // sums go straight to the output.
@@ -45,10 +53,13 @@ struct BinBlocks {
     using Cells = CellSums<recipe.in, recipe.cell>;
     using Out = LayoutType<recipe.out>;
     static constexpr SumScale kScale = ScaleOf(recipe);
+    // The sums of larger cells need the registers for themselves.
+    static constexpr int kTogether = recipe.cell == 2 ? 2 : 1;
 
     template <bool first>
     TARN_INLINE void AddRow(const uint8_t* src, int blocks, uint16_t* rowSum) {
         for (int i = 0; i < blocks; ++i, src += Cells::kBytes, rowSum += kLanes) {
+            PrefetchAhead(src);
             const __m256i sums = Cells::template Load<kScale.shift>(src);
             StoreLanes(rowSum, first ? sums : _mm256_add_epi16(sums, LoadLanes(rowSum)));
         }
@@ -63,15 +74,28 @@ struct BinBlocks {
         return kScale.ninths ? Ninths(sums) : sums;
     }
 
+    template <bool compensate, int n>
+    TARN_INLINE void FinishBlocks(const uint8_t* src, uint8_t* dst, const Gain& gain,
+                                  const uint16_t* rowSum) {
+        __m256i v[n];
+        for (int i = 0; i < n; ++i) {
+            PrefetchAhead(src + i * Cells::kBytes);
+            v[i] = _mm256_add_epi16(Cells::template Load<kScale.shift>(src + i * Cells::kBytes),
+                                    LoadLanes(rowSum + i * kLanes));
+        }
+        for (int i = 0; i < n; ++i) v[i] = Codes<compensate>(v[i], gain);
+        StoreBlocks<Out>(dst, v);
+    }
+
     template <bool compensate>
     TARN_INLINE void FinishRow(const uint8_t* src, uint8_t* dst, int blocks, const Gain& gain,
                                const uint16_t* rowSum) {
-        for (int i = 0; i < blocks; ++i, src += Cells::kBytes, rowSum += kLanes) {
-            const __m256i row = Cells::template Load<kScale.shift>(src);
-            const __m256i sums = _mm256_add_epi16(row, LoadLanes(rowSum));
-            StoreBlock<Out>(dst, Avx2Layout<Out>::Pack(Codes<compensate>(sums, gain)));
-            dst += 2 * kHalfBytes<Out>;
+        constexpr int n = kTogether;
+        for (; blocks >= n; blocks -= n, src += n * Cells::kBytes, rowSum += n * kLanes) {
+            FinishBlocks<compensate, n>(src, dst, gain, rowSum);
+            dst += n * kBlockBytes<Out>;
         }
+        if (blocks > 0) FinishBlocks<compensate, 1>(src, dst, gain, rowSum);
     }
 
     static void Run(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, int blocks,
@@ -104,14 +128,21 @@ struct EvBlocks {
     static constexpr int kGroups = kLanes / L::kGroupPixels;
     static constexpr int kReadSlack = 0;
 
+    template <int n>
+    TARN_INLINE void RunBlocks(const uint8_t* src, uint8_t* dst, const Gain& gain) {
+        __m256i v[n];
+        PrefetchAhead(src);
+        for (int i = 0; i < n; ++i) v[i] = Avx2Layout<L>::Unpack(src + i * kBlockBytes<L>);
+        for (int i = 0; i < n; ++i) v[i] = Compensated(v[i], gain);
+        StoreBlocks<L>(dst, v);
+    }
+
     static void Run(const uint8_t* src, uint8_t* dst, ptrdiff_t blocks, const EvRule& ev) {
         const Gain gain = MakeGain(ev.gain, kPedestal);
-        for (; blocks > 0; --blocks) {
-            const __m256i pixels = Avx2Layout<L>::Unpack(src);
-            StoreBlock<L>(dst, Avx2Layout<L>::Pack(Compensated(pixels, gain)));
-            src += 2 * kHalfBytes<L>;
-            dst += 2 * kHalfBytes<L>;
+        for (; blocks >= 2; blocks -= 2, src += 2 * kBlockBytes<L>, dst += 2 * kBlockBytes<L>) {
+            RunBlocks<2>(src, dst, gain);
         }
+        if (blocks > 0) RunBlocks<1>(src, dst, gain);
     }
 };
 
@@ -141,7 +172,7 @@ void PackRow(const uint16_t* src, uint8_t* dst, ptrdiff_t groups, int shift) {
     using L = LayoutType<layout>;
     constexpr int kGroups = kLanes / L::kGroupPixels;
     const __m128i down = _mm_cvtsi32_si128(shift);
-    for (; groups >= kGroups; groups -= kGroups, src += kLanes, dst += 2 * kHalfBytes<L>) {
+    for (; groups >= kGroups; groups -= kGroups, src += kLanes, dst += kBlockBytes<L>) {
         const __m256i pixels = _mm256_srl_epi16(LoadLanes(src), down);
         StoreBlock<L>(dst, Avx2Layout<L>::Pack(_mm256_slli_epi16(pixels, 16 - L::kBits)));
     }

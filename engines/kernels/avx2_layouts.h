@@ -2,8 +2,6 @@
 #ifndef TARN_ENGINES_KERNELS_AVX2_LAYOUTS_H_
 #define TARN_ENGINES_KERNELS_AVX2_LAYOUTS_H_
 
-#include <cstring>
-
 #include "engines/kernels/avx2_vector.h"
 
 namespace tarn {
@@ -11,6 +9,8 @@ namespace tarn {
 // Each half of a vector holds eight pixels: 10 or 12 bytes of a packed block of 20 or 24.
 template <class L>
 inline constexpr int kHalfBytes = 8 / L::kGroupPixels* L::kGroupBytes;
+template <class L>
+inline constexpr int kBlockBytes = 2 * kHalfBytes<L>;
 
 // The block's two halves, the upper one at the end of its 16 bytes: it starts at kUpperStart.
 template <class L>
@@ -18,22 +18,22 @@ inline constexpr int kUpperStart = 16 - kHalfBytes<L>;
 
 template <class L>
 TARN_INLINE __m256i LoadBlock(const uint8_t* src) {
-    return LoadHalves(src, src + 2 * kHalfBytes<L> - 16);
+    return LoadHalves(src, src + kBlockBytes<L> - 16);
 }
 
-// The lower half may be stored with what follows it, since the upper half comes after.
+// The lower half is stored whole, then the last 16 bytes of the block, which begin with the end of
+// the lower half: two stores that write the block and nothing else.
 template <class L>
 TARN_INLINE void StoreBlock(uint8_t* dst, __m256i packed) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm256_castsi256_si128(packed));
-    const __m128i upper = _mm256_extracti128_si256(packed, 1);
-    dst += kHalfBytes<L>;
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(dst), upper);
-    const int rest = _mm_extract_epi32(upper, 2);
-    std::memcpy(dst + 8, &rest, kHalfBytes<L> - 8);
+    const __m128i lower = _mm256_castsi256_si128(packed);
+    const __m128i last = _mm_alignr_epi8(_mm256_extracti128_si256(packed, 1), lower, kHalfBytes<L>);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), lower);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + kBlockBytes<L> - 16), last);
 }
 
 // Unpack gives 16 pixels at the top of their lanes, zeros below. Pack takes the top bits of 16
-// lanes, whatever is below, and leaves the packed bytes at the start of each half.
+// lanes, whatever is below, and leaves the packed bytes at the start of each half; the lower half
+// goes on with its own last bytes once more, as StoreBlock wants them.
 template <class L>
 struct Avx2Layout;
 
@@ -56,7 +56,7 @@ struct Avx2Layout<QCRaw10> {
         const __m256i low = _mm256_sad_epu8(placed, _mm256_setzero_si256());
         return _mm256_shuffle_epi8(
             _mm256_or_si256(_mm256_and_si256(v, Words(0xFF00)), low),
-            BothHalves(1, 3, 5, 7, 0, 9, 11, 13, 15, 8, -1, -1, -1, -1, -1, -1));
+            BothHalves(1, 3, 5, 7, 0, 9, 11, 13, 15, 8, 0, 9, 11, 13, 15, 8));
     }
 };
 
@@ -76,9 +76,9 @@ struct Avx2Layout<QCRaw12> {
     TARN_INLINE __m256i Pack(__m256i v) {
         const __m256i low = _mm256_madd_epi16(_mm256_and_si256(v, Words(0x00F0)), Words(16, 256));
         return _mm256_or_si256(_mm256_shuffle_epi8(v, BothHalves(1, 3, -1, 5, 7, -1, 9, 11, -1, 13,
-                                                                 15, -1, -1, -1, -1, -1)),
+                                                                 15, -1, -1, 13, 15, -1)),
                                _mm256_shuffle_epi8(low, BothHalves(-1, -1, 1, -1, -1, 5, -1, -1, 9,
-                                                                   -1, -1, 13, -1, -1, -1, -1)));
+                                                                   -1, -1, 13, 9, -1, -1, 13)));
     }
 };
 
@@ -97,7 +97,7 @@ struct Avx2Layout<VXRaw10> {
         const __m256i met = _mm256_sllv_epi32(two, _mm256_set1_epi64x(12));
         return _mm256_shuffle_epi8(
             _mm256_srli_epi64(met, 12),
-            BothHalves(0, 1, 2, 3, 4, 8, 9, 10, 11, 12, -1, -1, -1, -1, -1, -1));
+            BothHalves(0, 1, 2, 3, 4, 8, 9, 10, 11, 12, 4, 8, 9, 10, 11, 12));
     }
 };
 
@@ -113,7 +113,7 @@ struct Avx2Layout<VXRaw12> {
     TARN_INLINE __m256i Pack(__m256i v) {
         const __m256i two = _mm256_madd_epi16(_mm256_srli_epi16(v, 4), Words(1, 4096));
         return _mm256_shuffle_epi8(
-            two, BothHalves(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+            two, BothHalves(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 10, 12, 13, 14));
     }
 };
 
