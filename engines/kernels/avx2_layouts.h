@@ -49,13 +49,14 @@ struct Avx2Layout<QCRaw10> {
         return _mm256_or_si256(_mm256_and_si256(v, Words(0xFF00)),
                                _mm256_mullo_epi16(field, Words(64, 16, 4, 1)));
     }
-    // The four fields of a group, each times its place, meet in the sum of the group's bytes.
+    // The four fields of a group, each times its place, meet in the sum of the group's bytes, which
+    // takes the place of the lowest byte of the group.
     TARN_INLINE __m256i Pack(__m256i v) {
         const __m256i field = _mm256_and_si256(v, Words(0x00C0));
         const __m256i placed = _mm256_madd_epi16(field, Words(4, 16, 64, 256));
         const __m256i low = _mm256_sad_epu8(placed, _mm256_setzero_si256());
         return _mm256_shuffle_epi8(
-            _mm256_or_si256(_mm256_and_si256(v, Words(0xFF00)), low),
+            _mm256_blendv_epi8(v, low, Words(0x0080, 0, 0, 0)),
             BothHalves(1, 3, 5, 7, 0, 9, 11, 13, 15, 8, 0, 9, 11, 13, 15, 8));
     }
 };
