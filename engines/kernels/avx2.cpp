@@ -83,7 +83,7 @@ struct BinBlocks {
             v[i] = _mm256_add_epi16(Cells::template Load<kScale.shift>(src + i * Cells::kBytes),
                                     LoadLanes(rowSum + i * kLanes));
         }
-        for (int i = 0; i < n; ++i) v[i] = Codes<compensate>(v[i], gain);
+        for (int i = 0; i < n; ++i) v[i] = Codes<compensate>(Cells::InRowOrder(v[i]), gain);
         StoreBlocks<Out>(dst, v);
     }
 

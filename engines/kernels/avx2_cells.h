@@ -14,9 +14,9 @@ TARN_INLINE __m256i Weighted(__m256i v, __m256i pattern, __m256i mask, __m256i b
     return _mm256_madd_epi16(_mm256_maddubs_epi16(chosen, byteWeights), wordWeights);
 }
 
-// 64 times the sums of the four cells that begin at byte `from` of each half.
+// 64 times the sums of four cells in each half, which begin at its bytes `lower` and `upper`.
 //   kQuarterBytes   what four cells take of one input row
-//   Sums64<from>(v)
+//   Sums64<lower, upper>(v)
 template <Layout in, int cell>
 struct QuarterOfCells;
 
@@ -24,9 +24,9 @@ struct QuarterOfCells;
 template <>
 struct QuarterOfCells<Layout::QCRaw10, 2> {
     static constexpr int kQuarterBytes = 10;
-    template <int from>
+    template <int lower, int upper>
     TARN_INLINE __m256i Sums64(__m256i v) {
-        return Weighted(v, Pattern<from, from>(0, 1, 4, 4, 2, 3, 4, 4, 5, 6, 9, 9, 7, 8, 9, 9),
+        return Weighted(v, Pattern<lower, upper>(0, 1, 4, 4, 2, 3, 4, 4, 5, 6, 9, 9, 7, 8, 9, 9),
                         Bytes(0xFF, 0xFF, 0x03, 0x0C, 0xFF, 0xFF, 0x30, 0xC0),
                         Bytes(64, 64, 64, 16, 64, 64, 4, 1), Words(4, 1));
     }
@@ -36,9 +36,9 @@ struct QuarterOfCells<Layout::QCRaw10, 2> {
 template <>
 struct QuarterOfCells<Layout::QCRaw12, 2> {
     static constexpr int kQuarterBytes = 12;
-    template <int from>
+    template <int lower, int upper>
     TARN_INLINE __m256i Sums64(__m256i v) {
-        return Weighted(v, Pattern<from, from>(0, 1, 2, 2, 3, 4, 5, 5, 6, 7, 8, 8, 9, 10, 11, 11),
+        return Weighted(v, Pattern<lower, upper>(0, 1, 2, 2, 3, 4, 5, 5, 6, 7, 8, 8, 9, 10, 11, 11),
                         Bytes(0xFF, 0xFF, 0x0F, 0xF0), Bytes(64, 64, 64, 4), Words(16, 1));
     }
 };
@@ -49,9 +49,9 @@ struct QuarterOfCells<Layout::QCRaw12, 2> {
 template <>
 struct QuarterOfCells<Layout::VXRaw10, 2> {
     static constexpr int kQuarterBytes = 10;
-    template <int from>
+    template <int lower, int upper>
     TARN_INLINE __m256i Sums64(__m256i v) {
-        return Weighted(v, Pattern<from, from>(0, 1, 1, 2, 2, 3, 3, 4, 5, 6, 6, 7, 7, 8, 8, 9),
+        return Weighted(v, Pattern<lower, upper>(0, 1, 1, 2, 2, 3, 3, 4, 5, 6, 6, 7, 7, 8, 8, 9),
                         Bytes(0xFF, 0xFC, 0x03, 0x0F, 0xF0, 0xC0, 0x3F, 0xFF),
                         Bytes(64, 16, 4, 1, 4, 1, 64, 16), Words(1, 4096, 1, 16));
     }
@@ -63,9 +63,9 @@ struct QuarterOfCells<Layout::VXRaw10, 2> {
 template <>
 struct QuarterOfCells<Layout::VXRaw12, 2> {
     static constexpr int kQuarterBytes = 12;
-    template <int from>
+    template <int lower, int upper>
     TARN_INLINE __m256i Sums64(__m256i v) {
-        return Weighted(v, Pattern<from, from>(0, 1, 1, 2, 3, 4, 4, 5, 6, 7, 7, 8, 9, 10, 10, 11),
+        return Weighted(v, Pattern<lower, upper>(0, 1, 1, 2, 3, 4, 4, 5, 6, 7, 7, 8, 9, 10, 10, 11),
                         Bytes(0xFF, 0xF0, 0x0F, 0xFF), Bytes(64, 4, 64, 4), Words(1, 256));
     }
 };
@@ -75,16 +75,16 @@ struct QuarterOfCells<Layout::VXRaw12, 2> {
 template <>
 struct QuarterOfCells<Layout::QCRaw10, 3> {
     static constexpr int kQuarterBytes = 15;
-    template <int from>
+    template <int lower, int upper>
     TARN_INLINE __m256i Sums64(__m256i v) {
-        const __m256i high =
-            Weighted(v, Pattern<from, from>(0, 1, 2, -1, 3, 5, 6, -1, 7, 8, 10, -1, 11, 12, 13, -1),
-                     Bytes(-1, -1, -1, -1), Bytes(64, 64, 64, 0), Words(4));
-        const __m256i low =
-            Weighted(v, Pattern<from, from>(4, 4, 4, -1, 4, 9, 9, -1, 9, 9, 14, -1, 14, 14, 14, -1),
-                     BothHalves(0x03, 0x0C, 0x30, 0, 0xC0, 0x03, 0x0C, 0, 0x30, 0xC0, 0x03, 0, 0x0C,
-                                0x30, 0xC0, 0),
-                     BothHalves(64, 16, 4, 0, 1, 64, 16, 0, 4, 1, 64, 0, 16, 4, 1, 0), Words(1));
+        const __m256i high = Weighted(
+            v, Pattern<lower, upper>(0, 1, 2, -1, 3, 5, 6, -1, 7, 8, 10, -1, 11, 12, 13, -1),
+            Bytes(-1, -1, -1, -1), Bytes(64, 64, 64, 0), Words(4));
+        const __m256i low = Weighted(
+            v, Pattern<lower, upper>(4, 4, 4, -1, 4, 9, 9, -1, 9, 9, 14, -1, 14, 14, 14, -1),
+            BothHalves(0x03, 0x0C, 0x30, 0, 0xC0, 0x03, 0x0C, 0, 0x30, 0xC0, 0x03, 0, 0x0C, 0x30,
+                       0xC0, 0),
+            BothHalves(64, 16, 4, 0, 1, 64, 16, 0, 4, 1, 64, 0, 16, 4, 1, 0), Words(1));
         return _mm256_add_epi32(high, low);
     }
 };
@@ -94,38 +94,55 @@ struct QuarterOfCells<Layout::QCRaw10, 3> {
 template <>
 struct QuarterOfCells<Layout::VXRaw10, 3> {
     static constexpr int kQuarterBytes = 15;
-    template <int from>
+    template <int lower, int upper>
     TARN_INLINE __m256i Sums64(__m256i v) {
         const __m256i weights = BothHalves(64, 16, 4, 0, 1, 64, 16, 0, 4, 1, 64, 0, 16, 4, 1, 0);
-        const __m256i low =
-            Weighted(v, Pattern<from, from>(0, 1, 2, -1, 3, 5, 6, -1, 7, 8, 10, -1, 11, 12, 13, -1),
-                     BothHalves(0xFF, 0xFC, 0xF0, 0, 0xC0, 0xFF, 0xFC, 0, 0xF0, 0xC0, 0xFF, 0, 0xFC,
-                                0xF0, 0xC0, 0),
-                     weights, Words(1));
-        const __m256i high =
-            Weighted(v, Pattern<from, from>(1, 2, 3, -1, 4, 6, 7, -1, 8, 9, 11, -1, 12, 13, 14, -1),
-                     BothHalves(0x03, 0x0F, 0x3F, 0, 0xFF, 0x03, 0x0F, 0, 0x3F, 0xFF, 0x03, 0, 0x0F,
-                                0x3F, 0xFF, 0),
-                     weights, Words(256));
+        const __m256i low = Weighted(
+            v, Pattern<lower, upper>(0, 1, 2, -1, 3, 5, 6, -1, 7, 8, 10, -1, 11, 12, 13, -1),
+            BothHalves(0xFF, 0xFC, 0xF0, 0, 0xC0, 0xFF, 0xFC, 0, 0xF0, 0xC0, 0xFF, 0, 0xFC, 0xF0,
+                       0xC0, 0),
+            weights, Words(1));
+        const __m256i high = Weighted(
+            v, Pattern<lower, upper>(1, 2, 3, -1, 4, 6, 7, -1, 8, 9, 11, -1, 12, 13, 14, -1),
+            BothHalves(0x03, 0x0F, 0x3F, 0, 0xFF, 0x03, 0x0F, 0, 0x3F, 0xFF, 0x03, 0, 0x0F, 0x3F,
+                       0xFF, 0),
+            weights, Words(256));
         return _mm256_add_epi32(low, high);
     }
 };
 
-// 16 sums, each times 2^shift. Even quarters of the block are in one vector, odd ones, which end
-// with their halves, in the other: packing restores the order of the row.
+// A row's part of 16 cells: Load gives their sums, each times 2^shift, in an order of its own,
+// which is the same for every row; InRowOrder puts the sum of the rows in the order of the row.
+//
+// Two quarters of a block share a vector. To put two loads together costs as much as a shuffle, so
+// quarters are paired as one load of 32 bytes finds them in its two halves, where it does:
+//   quarters of 10 bytes   0 | 2 and 1 | 3, from the first and the last 32 bytes of the block
+//   longer ones            1 | 2 from its middle; 0 | 3 from its ends, two loads
 template <Layout in, int cell>
 struct CellSums {
     using Quarter = QuarterOfCells<in, cell>;
-    static constexpr int kBytes = 4 * Quarter::kQuarterBytes;
+    static constexpr int kQuarter = Quarter::kQuarterBytes;
+    static constexpr int kBytes = 4 * kQuarter;
+    static constexpr bool kShort = 3 * kQuarter <= 32;
 
     template <int shift>
     TARN_INLINE __m256i Load(const uint8_t* src) {
-        constexpr int kQuarter = Quarter::kQuarterBytes;
-        const __m256i even = LoadHalves(src, src + 2 * kQuarter);
-        const __m256i odd = LoadHalves(src + 2 * kQuarter - 16, src + 4 * kQuarter - 16);
-        return _mm256_packus_epi32(
-            _mm256_srli_epi32(Quarter::template Sums64<0>(even), 6 - shift),
-            _mm256_srli_epi32(Quarter::template Sums64<16 - kQuarter>(odd), 6 - shift));
+        constexpr int k = kQuarter;
+        __m256i a, b;
+        if constexpr (kShort) {
+            a = Quarter::template Sums64<0, 2 * k - 16>(LoadBytes(src));
+            b = Quarter::template Sums64<32 - 3 * k, 16 - k>(LoadBytes(src + 4 * k - 32));
+        } else {
+            a = Quarter::template Sums64<0, 16 - k>(LoadHalves(src, src + 4 * k - 16));
+            b = Quarter::template Sums64<16 - k, 0>(LoadBytes(src + 2 * k - 16));
+        }
+        return _mm256_packus_epi32(_mm256_srli_epi32(a, 6 - shift),
+                                   _mm256_srli_epi32(b, 6 - shift));
+    }
+
+    TARN_INLINE __m256i InRowOrder(__m256i sums) {
+        if constexpr (kShort) return sums;
+        return _mm256_castpd_si256(_mm256_permute_pd(_mm256_castsi256_pd(sums), 0b0110));
     }
 };
 
@@ -151,6 +168,8 @@ TARN_INLINE __m256i FirstBytes(const FourGroups& g) {
 template <>
 struct CellSums<Layout::QCRaw10, 4> {
     static constexpr int kBytes = 80;
+
+    TARN_INLINE __m256i InRowOrder(__m256i sums) { return sums; }
 
     TARN_INLINE __m256i HighSums(const FourGroups& g) {
         return _mm256_madd_epi16(_mm256_maddubs_epi16(FirstBytes(g), Bytes(16, 16, 16, 16)),
@@ -187,6 +206,8 @@ struct CellSums<Layout::QCRaw10, 4> {
 template <>
 struct CellSums<Layout::VXRaw10, 4> {
     static constexpr int kBytes = 80;
+
+    TARN_INLINE __m256i InRowOrder(__m256i sums) { return sums; }
 
     TARN_INLINE __m256i Sums64(const FourGroups& g) {
         const __m256i first = FirstBytes(g);

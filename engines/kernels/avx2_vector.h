@@ -73,6 +73,10 @@ TARN_INLINE __m256i LoadHalves(const uint8_t* low, const uint8_t* high) {
     return _mm256_inserti128_si256(_mm256_castsi128_si256(a), b, 1);
 }
 
+TARN_INLINE __m256i LoadBytes(const uint8_t* from) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+}
+
 TARN_INLINE __m256i LoadLanes(const uint16_t* from) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
 }
