@@ -128,21 +128,20 @@ struct EvBlocks {
     static constexpr int kGroups = kLanes / L::kGroupPixels;
     static constexpr int kReadSlack = 0;
 
-    template <int n>
-    TARN_INLINE void RunBlocks(const uint8_t* src, uint8_t* dst, const Gain& gain) {
-        __m256i v[n];
-        PrefetchAhead(src);
-        for (int i = 0; i < n; ++i) v[i] = Avx2Layout<L>::Unpack(src + i * kBlockBytes<L>);
-        for (int i = 0; i < n; ++i) v[i] = Compensated(v[i], gain);
-        StoreBlocks<L>(dst, v);
-    }
-
     static void Run(const uint8_t* src, uint8_t* dst, ptrdiff_t blocks, const EvRule& ev) {
         const Gain gain = MakeGain(ev.gain, kPedestal);
         for (; blocks >= 2; blocks -= 2, src += 2 * kBlockBytes<L>, dst += 2 * kBlockBytes<L>) {
-            RunBlocks<2>(src, dst, gain);
+            PrefetchAhead(src);
+            __m256i a, b;
+            UnpackTwoBlocks<L>(src, a, b);
+            a = Compensated(a, gain);
+            b = Compensated(b, gain);
+            StoreTwoBlocks<L>(dst, Avx2Layout<L>::Pack(a), Avx2Layout<L>::Pack(b));
         }
-        if (blocks > 0) RunBlocks<1>(src, dst, gain);
+        if (blocks > 0) {
+            const __m256i v = Compensated(UnpackBlock<L>(src), gain);
+            StoreBlock<L>(dst, Avx2Layout<L>::Pack(v));
+        }
     }
 };
 

@@ -31,7 +31,8 @@ TARN_INLINE void StoreBlock(uint8_t* dst, __m256i packed) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + kBlockBytes<L> - 16), last);
 }
 
-// Unpack gives 16 pixels at the top of their lanes, zeros below. Pack takes the top bits of 16
+// Unpack takes a vector whose halves have their packed bytes from `lower` and from `upper` on, and
+// gives 16 pixels at the top of their lanes, zeros below. Pack takes the top bits of 16
 // lanes, whatever is below, and leaves the packed bytes at the start of each half; the lower half
 // goes on with its own last bytes once more, as StoreBlock wants them.
 template <class L>
@@ -41,10 +42,10 @@ struct Avx2Layout;
 // bits 7..6.
 template <>
 struct Avx2Layout<QCRaw10> {
-    TARN_INLINE __m256i Unpack(const uint8_t* src) {
-        const __m256i v = _mm256_shuffle_epi8(
-            LoadBlock<QCRaw10>(src), Pattern<0, kUpperStart<QCRaw10>>(4, 0, 4, 1, 4, 2, 4, 3,  //
-                                                                      9, 5, 9, 6, 9, 7, 9, 8));
+    template <int lower, int upper>
+    TARN_INLINE __m256i Unpack(__m256i v) {
+        v = _mm256_shuffle_epi8(v, Pattern<lower, upper>(4, 0, 4, 1, 4, 2, 4, 3,  //
+                                                         9, 5, 9, 6, 9, 7, 9, 8));
         const __m256i field = _mm256_and_si256(v, Words(0x03, 0x0C, 0x30, 0xC0));
         return _mm256_or_si256(_mm256_and_si256(v, Words(0xFF00)),
                                _mm256_mullo_epi16(field, Words(64, 16, 4, 1)));
@@ -65,10 +66,10 @@ struct Avx2Layout<QCRaw10> {
 // 7..4.
 template <>
 struct Avx2Layout<QCRaw12> {
-    TARN_INLINE __m256i Unpack(const uint8_t* src) {
-        const __m256i v = _mm256_shuffle_epi8(
-            LoadBlock<QCRaw12>(src), Pattern<0, kUpperStart<QCRaw12>>(2, 0, 2, 1, 5, 3, 5, 4,  //
-                                                                      8, 6, 8, 7, 11, 9, 11, 10));
+    template <int lower, int upper>
+    TARN_INLINE __m256i Unpack(__m256i v) {
+        v = _mm256_shuffle_epi8(v, Pattern<lower, upper>(2, 0, 2, 1, 5, 3, 5, 4,  //
+                                                         8, 6, 8, 7, 11, 9, 11, 10));
         const __m256i nibble = _mm256_and_si256(v, Words(0x0F, 0xF0));
         return _mm256_or_si256(_mm256_and_si256(v, Words(0xFF00)),
                                _mm256_mullo_epi16(nibble, Words(16, 1)));
@@ -86,10 +87,10 @@ struct Avx2Layout<QCRaw12> {
 // Lane k of a group: the two bytes that hold pixel k, which starts at bit 2k.
 template <>
 struct Avx2Layout<VXRaw10> {
-    TARN_INLINE __m256i Unpack(const uint8_t* src) {
-        const __m256i v = _mm256_shuffle_epi8(
-            LoadBlock<VXRaw10>(src), Pattern<0, kUpperStart<VXRaw10>>(0, 1, 1, 2, 2, 3, 3, 4,  //
-                                                                      5, 6, 6, 7, 7, 8, 8, 9));
+    template <int lower, int upper>
+    TARN_INLINE __m256i Unpack(__m256i v) {
+        v = _mm256_shuffle_epi8(v, Pattern<lower, upper>(0, 1, 1, 2, 2, 3, 3, 4,  //
+                                                         5, 6, 6, 7, 7, 8, 8, 9));
         return _mm256_and_si256(_mm256_mullo_epi16(v, Words(64, 16, 4, 1)), Words(0xFFC0));
     }
     // Two pixels to 20 bits, two of these, the lower moved up against the upper, to 40.
@@ -105,10 +106,10 @@ struct Avx2Layout<VXRaw10> {
 // Lane k of a group: the two bytes that hold pixel k, which starts at bit 4k.
 template <>
 struct Avx2Layout<VXRaw12> {
-    TARN_INLINE __m256i Unpack(const uint8_t* src) {
-        const __m256i v = _mm256_shuffle_epi8(
-            LoadBlock<VXRaw12>(src), Pattern<0, kUpperStart<VXRaw12>>(0, 1, 1, 2, 3, 4, 4, 5,  //
-                                                                      6, 7, 7, 8, 9, 10, 10, 11));
+    template <int lower, int upper>
+    TARN_INLINE __m256i Unpack(__m256i v) {
+        v = _mm256_shuffle_epi8(v, Pattern<lower, upper>(0, 1, 1, 2, 3, 4, 4, 5,  //
+                                                         6, 7, 7, 8, 9, 10, 10, 11));
         return _mm256_and_si256(_mm256_mullo_epi16(v, Words(16, 1)), Words(0xFFF0));
     }
     TARN_INLINE __m256i Pack(__m256i v) {
@@ -117,6 +118,41 @@ struct Avx2Layout<VXRaw12> {
             two, BothHalves(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 10, 12, 13, 14));
     }
 };
+
+template <class L>
+TARN_INLINE __m256i UnpackBlock(const uint8_t* src) {
+    return Avx2Layout<L>::template Unpack<0, kUpperStart<L>>(LoadBlock<L>(src));
+}
+
+// Two blocks whose packed halves are, in this order, the halves of a and b: a0 b0 a1 b1 where ten
+// bytes make a half, for two plain loads hold them so; a0 a1 b0 b1 otherwise.
+template <class L>
+inline constexpr bool kHalvesTakeTurns = kHalfBytes<L> == 10;
+
+template <class L>
+TARN_INLINE void UnpackTwoBlocks(const uint8_t* src, __m256i& a, __m256i& b) {
+    if constexpr (kHalvesTakeTurns<L>) {
+        a = Avx2Layout<L>::template Unpack<0, 4>(LoadBytes(src));
+        b = Avx2Layout<L>::template Unpack<2, 6>(LoadBytes(src + 8));
+    } else {
+        a = UnpackBlock<L>(src);
+        b = UnpackBlock<L>(src + kBlockBytes<L>);
+    }
+}
+
+// As StoreBlock; one shift over both vectors makes the last 16 bytes of both blocks.
+template <class L>
+TARN_INLINE void StoreTwoBlocks(uint8_t* dst, __m256i a, __m256i b) {
+    if constexpr (kHalvesTakeTurns<L>) {
+        const __m256i last = _mm256_alignr_epi8(b, a, kHalfBytes<L>);
+        constexpr int kLast = kBlockBytes<L> - 16;
+        StoreHalves(dst, dst + kBlockBytes<L>, a);
+        StoreHalves(dst + kLast, dst + kBlockBytes<L> + kLast, last);
+    } else {
+        StoreBlock<L>(dst, a);
+        StoreBlock<L>(dst + kBlockBytes<L>, b);
+    }
+}
 
 }  // namespace tarn
 

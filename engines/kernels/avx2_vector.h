@@ -73,6 +73,11 @@ TARN_INLINE __m256i LoadHalves(const uint8_t* low, const uint8_t* high) {
     return _mm256_inserti128_si256(_mm256_castsi128_si256(a), b, 1);
 }
 
+TARN_INLINE void StoreHalves(uint8_t* lower, uint8_t* upper, __m256i v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(lower), _mm256_castsi256_si128(v));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(upper), _mm256_extracti128_si256(v, 1));
+}
+
 TARN_INLINE __m256i LoadBytes(const uint8_t* from) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
 }
