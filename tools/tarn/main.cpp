@@ -12,7 +12,8 @@
 namespace tarn::tool {
 namespace {
 
-constexpr const Verb* kVerbs[] = {&kBin, &kSynth, &kConvert, &kFormats};
+constexpr const Verb* kVerbs[] = {&kBin,    &kSynth,    &kConvert, &kInspect,
+                                  &kVerify, &kSelftest, &kBench,   &kFormats};
 
 constexpr int kBrokenOff = 1;
 constexpr int kWrong = 2;

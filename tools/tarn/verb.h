@@ -20,6 +20,10 @@ extern const Verb kBin;
 extern const Verb kConvert;
 extern const Verb kFormats;
 extern const Verb kSynth;
+extern const Verb kInspect;
+extern const Verb kSelftest;
+extern const Verb kVerify;
+extern const Verb kBench;
 
 }  // namespace tarn::tool
 

@@ -1,0 +1,44 @@
+// The golden vectors as files: packed frames, their values, and what becomes of them.
+#ifndef TARN_TOOL_GOLDEN_H_
+#define TARN_TOOL_GOLDEN_H_
+
+#include <string>
+
+#include "tools/tarn/input.h"
+#include "tools/tarn/safe_call.h"
+
+namespace tarn::tool {
+
+struct GoldenFrame {
+    std::string name;
+    PackedFrame frame;
+    Bytes packed;                  // frame.Bytes() of them
+    std::vector<uint16_t> values;  // row by row
+};
+
+// What an operation makes of a frame. The packed bytes are exact, the last group of each row
+// included; row padding holds kGoldenPadding: nobody writes there.
+struct GoldenResult {
+    GoldenFrame out;
+    std::string from;
+    int cell;
+    float gain;
+};
+inline constexpr uint8_t kGoldenPadding = 0xEE;
+
+struct Golden {
+    std::vector<GoldenFrame> frames;
+    std::vector<GoldenResult> results;
+
+    const GoldenFrame& Frame(const std::string& name) const;
+};
+
+// Reads manifest.json of a folder and every file it names. Throws UserError.
+Golden ReadGolden(const std::string& folder);
+
+// The folder to read when none is given: as installed beside the program, else the source tree's.
+std::string GoldenFolder();
+
+}  // namespace tarn::tool
+
+#endif  // TARN_TOOL_GOLDEN_H_

@@ -1,0 +1,39 @@
+// What inspect found, as text and for machines.
+#ifndef TARN_TOOL_INSPECT_REPORT_H_
+#define TARN_TOOL_INSPECT_REPORT_H_
+
+#include <optional>
+#include <string>
+
+#include "tools/tarn/guess.h"
+#include "tools/tarn/statistics.h"
+
+namespace tarn::tool {
+
+// A frame and, when it was not told, how it came to be known.
+struct Subject {
+    PackedFrame frame;
+    int cell;
+    std::optional<Guess> guess;
+};
+std::string DescribeSubject(const Subject& subject);
+
+struct GainEffect {
+    float gain;
+    double clipped;  // share of the result's pixels
+};
+
+struct Report {
+    std::string file;
+    int64_t bytes;
+    const Subject& subject;
+    const Statistics& statistics;
+    std::optional<GainEffect> byGain;
+};
+
+std::string ReportText(const Report& report);
+std::string ReportJson(const Report& report);
+
+}  // namespace tarn::tool
+
+#endif  // TARN_TOOL_INSPECT_REPORT_H_

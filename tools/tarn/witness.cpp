@@ -1,0 +1,103 @@
+#include "tools/tarn/witness.h"
+
+#include <libraw/libraw.h>
+
+#include <memory>
+#include <string_view>
+
+#include "reference/operation.h"
+#include "tools/tarn/message.h"
+
+namespace tarn::tool {
+namespace {
+
+namespace ref = tarn_reference;
+
+// In the order of Layout.
+constexpr ref::Packing kPackings[kLayoutCount] = {ref::Packing::QCRaw10, ref::Packing::QCRaw12,
+                                                  ref::Packing::VXRaw10, ref::Packing::VXRaw12};
+
+const ref::Operation& FindOperation(const BinTask& task) {
+    for (const ref::Operation& operation : ref::Operations()) {
+        if (operation.in == kPackings[static_cast<int>(task.in.layout)] &&
+            operation.out == kPackings[static_cast<int>(task.out.layout)] &&
+            operation.cell == task.cell && operation.lineBytes == 0) {
+            return operation;
+        }
+    }
+    throw RunError("the reference has no such operation");
+}
+
+// Rows at a pitch of their own, zero past their groups.
+Bytes CopyRows(const PackedFrame& frame, const uint8_t* bytes, int64_t pitch) {
+    Bytes rows(static_cast<size_t>(pitch * frame.height));
+    safe_call::CopyRows(bytes, frame.pitch, rows.data(), pitch, frame.RowBytes(), frame.height);
+    return rows;
+}
+
+// open_bayer tells the layouts by these (its otherflags).
+constexpr unsigned kRaw10Groups = 1;
+constexpr unsigned kLittleEndianPairs = 80;
+
+}  // namespace
+
+Bytes ReferenceRows(const BinTask& task, const uint8_t* src) {
+    const ref::Operation& operation = FindOperation(task);
+    const int rowBytes = static_cast<int>(task.out.RowBytes());
+    Bytes result(static_cast<size_t>(int64_t{rowBytes} * task.out.height));
+    if (task.cell == 1) {
+        const Bytes rows = CopyRows(task.in, src, rowBytes);
+        const ref::Geometry tight{task.in.width, rowBytes, task.in.height,
+                                  task.in.width, rowBytes, task.in.height};
+        ref::Run(operation, rows.data(), result.data(), tight, task.gain);
+        return result;
+    }
+    // One output row after another: widths, heights and pitches that could be mistaken for one
+    // another do not meet, and one row's worth of input is copied at a time. A whole step of four
+    // output pixels is there to be read.
+    PackedFrame strip = task.in;
+    strip.height = task.cell;
+    const int pitch =
+        static_cast<int>((int64_t{task.out.width} + 3) / 4 * 5 * task.cell + task.in.RowBytes());
+    for (int64_t y = 0; y < task.out.height; ++y) {
+        const Bytes rows = CopyRows(strip, src + y * task.cell * task.in.pitch, pitch);
+        ref::Run(operation, rows.data(), result.data() + y * rowBytes,
+                 {-1, pitch, -1, task.out.width, rowBytes, 1}, task.gain);
+    }
+    return result;
+}
+
+bool LibRawUnpacks(const PackedFrame& frame) {
+    constexpr int kLongestSide = 65000;
+    return (frame.layout == Layout::QCRaw10 || frame.layout == Layout::VXRaw12) &&
+           frame.width <= kLongestSide && frame.height <= kLongestSide;
+}
+
+std::vector<uint16_t> LibRawCodes(const PackedFrame& frame, const uint8_t* bytes) {
+    // It wants rows of whole units, whatever part of them is shown.
+    const GroupShape& shape = Shape(frame.layout);
+    const int unit = frame.layout == Layout::QCRaw10 ? 40 : 6;
+    const int64_t pitch = (frame.RowBytes() + unit - 1) / unit * unit;
+    const int rawWidth = static_cast<int>(pitch / shape.bytes * shape.pixels);
+    Bytes rows = CopyRows(frame, bytes, pitch);
+
+    const auto raw = std::make_unique<LibRaw>();  // too large for the stack
+    int error =
+        raw->open_bayer(rows.data(), static_cast<unsigned>(rows.size()),
+                        static_cast<ushort>(rawWidth), static_cast<ushort>(frame.height), 0, 0,
+                        static_cast<ushort>(rawWidth - frame.width), 0, 0, LIBRAW_OPENBAYER_RGGB, 0,
+                        frame.layout == Layout::QCRaw10 ? kRaw10Groups : kLittleEndianPairs, 0);
+    if (error == LIBRAW_SUCCESS) error = raw->unpack();
+    if (error != LIBRAW_SUCCESS) {
+        throw RunError(Text("LibRaw refuses the frame: ", libraw_strerror(error)));
+    }
+    std::vector<uint16_t> codes;
+    codes.reserve(static_cast<size_t>(int64_t{frame.width} * frame.height));
+    for (int y = 0; y < frame.height; ++y) {
+        const ushort* row = raw->imgdata.rawdata.raw_image + int64_t{rawWidth} * y;
+        codes.insert(codes.end(), row, row + frame.width);
+    }
+    return codes;
+}
+
+}  // namespace tarn::tool
