@@ -57,20 +57,23 @@ struct BinBlocks {
         Block sums;
         ForEach<kLoads>([&](auto i) TARN_INLINE_LAMBDA {
             const auto part = Cells::template Load<drop>(rows);
-            for (int k = 0; k < kEach; ++k) sums.v[i * kEach + k] = Settled(part.v[k]);
+            ForEach<kEach>([&](auto k)
+                               TARN_INLINE_LAMBDA { sums.v[i * kEach + k] = Settled(part.v[k]); });
         });
         return sums;
     }
 
     template <bool compensate>
+    TARN_INLINE uint16x8_t Code(uint16x8_t v, const Gain& gain) {
+        if constexpr (compensate) v = Compensated<kScale.bits>(v, gain);
+        if constexpr (compensate && kScale.ninths) v = vminq_u16(v, Words(kScale.limit - 1));
+        return kScale.ninths ? Ninths(v) : v;
+    }
+
+    template <bool compensate>
     TARN_INLINE void Finish(Block sums, uint8_t* dst, const Gain& gain) {
-        for (auto& v : sums.v) {
-            if constexpr (compensate) v = Compensated<kScale.bits>(v, gain);
-            if constexpr (compensate && kScale.ninths) {
-                v = vminq_u16(v, Words(kScale.limit - 1));
-            }
-            if constexpr (kScale.ninths) v = Ninths(v);
-        }
+        ForEach<kPixels / kLanes>(
+            [&](auto i) TARN_INLINE_LAMBDA { sums.v[i] = Code<compensate>(sums.v[i], gain); });
         constexpr int kTop = 16 - Shape(recipe.out).bits;
         constexpr int kBelow = kScale.ninths ? 0 : compensate ? kTop : kScale.below - kDrop<false>;
         Out::template Pack<kBelow>(Out::Arranged(sums), dst);
@@ -125,7 +128,9 @@ struct EvBlocks {
         const Gain gain = MakeGain(ev.gain, 4096);
         for (; blocks > 0; --blocks) {
             typename Packed::Block pixels = Packed::Unpack(src);
-            for (auto& v : pixels.v) v = Compensated<16>(v, gain);
+            ForEach<Packed::kPixels / kLanes>([&](auto i) TARN_INLINE_LAMBDA {
+                pixels.v[i] = Compensated<16>(pixels.v[i], gain);
+            });
             Packed::template Pack<16 - L::kBits>(pixels, dst);
             dst += kGroups * L::kGroupBytes;
         }
@@ -161,11 +166,9 @@ void PackRow(const uint16_t* src, uint8_t* dst, ptrdiff_t groups, int shift) {
     const int16x8_t up = vdupq_n_s16(static_cast<int16_t>(kTop - shift));
     for (; groups >= kGroups; groups -= kGroups, src += Packed::kPixels) {
         typename Packed::Block pixels;
-        const uint16_t* from = src;
-        for (auto& v : pixels.v) {
-            v = vshlq_u16(vld1q_u16(from), up);
-            from += kLanes;
-        }
+        ForEach<Packed::kPixels / kLanes>([&](auto i) TARN_INLINE_LAMBDA {
+            pixels.v[i] = vshlq_u16(vld1q_u16(src + ptrdiff_t{i} * kLanes), up);
+        });
         Packed::template Pack<kTop>(Packed::Arranged(pixels), dst);
         dst += kGroups * L::kGroupBytes;
     }

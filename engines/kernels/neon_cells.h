@@ -61,19 +61,19 @@ struct CellSums<Layout::QCRaw10, 2> {
     TARN_INLINE Lanes<4> Load(Rows<2>& rows) {
         const SixteenGroups a = SixteenGroups::Load(rows.at[0]);
         uint16x8_t highs[4];
-        for (size_t i = 0; i < 4; ++i) highs[i] = Settled(vpaddlq_u8(a.first[i]));
+        ForEach<4>([&](auto i) TARN_INLINE_LAMBDA { highs[i] = Settled(vpaddlq_u8(a.first[i])); });
         const SixteenGroups b = SixteenGroups::Load(rows.at[1]);
         const uint8x16_t low = LowSums(a.last, b.last);
         const uint8x16_t first = vandq_u8(drop > 0 ? vshrq_n_u8(low, 2) : low, Bytes(0x0F >> drop));
         const uint8x16_t second = vshrq_n_u8(low, 4 + drop);
         const uint8x16_t ordered[2] = {vzip1q_u8(first, second), vzip2q_u8(first, second)};
         Lanes<4> sums;
-        for (size_t i = 0; i < 4; ++i) {
+        ForEach<4>([&](auto i) TARN_INLINE_LAMBDA {
             const uint16x8_t high = vpadalq_u8(highs[i], b.first[i]);
             const uint8x8_t part =
                 i % 2 ? vget_high_u8(ordered[i / 2]) : vget_low_u8(ordered[i / 2]);
             sums.v[i] = vaddw_u8(drop > 0 ? high : vshlq_n_u16(high, 2), part);
-        }
+        });
         return sums;
     }
 };
@@ -197,9 +197,9 @@ struct CellSums<Layout::QCRaw10, 4> {
         uint8x16_t floors = Bytes(0);
         ForEach<4>([&](auto row) TARN_INLINE_LAMBDA {
             const SixteenGroups groups = SixteenGroups::Load(rows.at[row]);
-            for (size_t i = 0; i < 4; ++i) {
+            ForEach<4>([&](auto i) TARN_INLINE_LAMBDA {
                 pairs[i] = Settled(AddPairs<row == 0>(pairs[i], groups.first[i]));
-            }
+            });
             floors = Settled(AddFloors<row == 0>(floors, groups.last));
         });
         return {{vaddw_u8(PairSums(pairs[0], pairs[1]), vget_low_u8(floors)),

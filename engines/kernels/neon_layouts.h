@@ -152,11 +152,11 @@ struct NeonLayout<QCRaw10> : NeonTenBits<QCRaw10> {
         constexpr bool kAtTop = below == 6;
         constexpr int kFields = kAtTop ? 0 : below;
         uint8x16_t high[4], low[4];
-        for (size_t i = 0; i < 4; ++i) {
+        ForEach<4>([&](auto i) TARN_INLINE_LAMBDA {
             const uint16x8_t a = pixels.v[2 * i], b = pixels.v[2 * i + 1];
             high[i] = Narrow<below + 2>(a, b);
             low[i] = Narrow<kFields>(a, b);
-        }
+        });
         const uint8x16_t begin = Joined<kAtTop, 2>(low[0], low[1]);
         const uint8x16_t end = Joined<kAtTop, 2>(low[2], low[3]);
         StoreGroups(dst, high, Joined<kAtTop, 4>(begin, end));
@@ -184,13 +184,13 @@ struct NeonLayout<VXRaw10> : NeonTenBits<VXRaw10> {
         const auto shift = Bytes([](int i) { return i % 2 ? 0 : i % 8 - below; });
         const auto carried = Bytes([](int i) { return (1 << 2 * (i % 4)) - 1; });
         uint8x16_t first[4], high[4];
-        for (size_t i = 0; i < 4; ++i) {
+        ForEach<4>([&](auto i) TARN_INLINE_LAMBDA {
             const uint16x8_t a = vshlq_u16(pixels.v[2 * i], vreinterpretq_s16_u8(shift));
             const uint16x8_t b = vshlq_u16(pixels.v[2 * i + 1], vreinterpretq_s16_u8(shift));
             high[i] = Narrow<8>(a, b);
             const uint32x4_t next = vshlq_n_u32(vreinterpretq_u32_u8(high[i]), 8);
             first[i] = vbslq_u8(carried, vreinterpretq_u8_u32(next), Narrow<0>(a, b));
-        }
+        });
         const uint8x16_t last = vuzp2q_u8(vuzp2q_u8(high[0], high[1]), vuzp2q_u8(high[2], high[3]));
         StoreGroups(dst, first, last);
     }
