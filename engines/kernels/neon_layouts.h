@@ -98,24 +98,24 @@ struct SixteenGroups {
     }
 };
 
+// Bytes `start` to start+15 of 16 groups of five, from `bytes`, which come after the first
+// `skipped` of those that are not their group's last, and the last ones.
+template <int start, int skipped>
+TARN_INLINE void StorePart(uint8_t* dst, uint8x16_t bytes, uint8x16_t last) {
+    const auto pattern = Bytes([](int i) {
+        const int at = start + i;
+        return at % 5 == 4 ? 16 + at / 5 : at / 5 * 4 + at % 5 - skipped;
+    });
+    vst1q_u8(dst + start, vqtbl2q_u8({{bytes, last}}, pattern));
+}
+
 // Writes 16 groups of five bytes: the first four of each from `first`, the last from `last`.
 TARN_INLINE void StoreGroups(uint8_t* dst, const uint8x16_t (&first)[4], uint8x16_t last) {
-    // From byte `start` on, where `skipped` bytes of `first` have gone before. Indices from 16 on
-    // are bytes of `last`.
-    const auto pattern = [](int start, int skipped) {
-        return Bytes([=](int i) {
-            const int at = start + i;
-            return at % 5 == 4 ? 16 + at / 5 : at / 5 * 4 + at % 5 - skipped;
-        });
-    };
-    const auto store = [=](uint8_t* to, uint8x16_t bytes, uint8x16_t choice) {
-        vst1q_u8(to, vqtbl2q_u8({{bytes, last}}, choice));
-    };
-    store(dst, first[0], pattern(0, 0));
-    store(dst + 16, vextq_u8(first[0], first[1], 13), pattern(16, 13));
-    store(dst + 32, vextq_u8(first[1], first[2], 10), pattern(32, 26));
-    store(dst + 48, vextq_u8(first[2], first[3], 7), pattern(48, 39));
-    store(dst + 64, first[3], pattern(64, 48));
+    StorePart<0, 0>(dst, first[0], last);
+    StorePart<16, 13>(dst, vextq_u8(first[0], first[1], 13), last);
+    StorePart<32, 26>(dst, vextq_u8(first[1], first[2], 10), last);
+    StorePart<48, 39>(dst, vextq_u8(first[2], first[3], 7), last);
+    StorePart<64, 48>(dst, first[3], last);
 }
 
 // Layouts, as blocks of kPixels in an order of their own:
