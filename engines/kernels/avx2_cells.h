@@ -127,14 +127,14 @@ struct CellSums {
 
     template <int shift>
     TARN_INLINE __m256i Load(const uint8_t* src) {
-        constexpr int k = kQuarter;
+        constexpr int k = kQuarter, kMiddle = 2 * k - 16, kEnd = 4 * k - 16;
         __m256i a, b;
         if constexpr (kShort) {
-            a = Quarter::template Sums64<0, 2 * k - 16>(LoadBytes(src));
-            b = Quarter::template Sums64<32 - 3 * k, 16 - k>(LoadBytes(src + 4 * k - 32));
+            a = Quarter::template Sums64<0, kMiddle>(LoadBytes(src));
+            b = Quarter::template Sums64<32 - 3 * k, 16 - k>(LoadBytes(src + kEnd - 16));
         } else {
-            a = Quarter::template Sums64<0, 16 - k>(LoadHalves(src, src + 4 * k - 16));
-            b = Quarter::template Sums64<16 - k, 0>(LoadBytes(src + 2 * k - 16));
+            a = Quarter::template Sums64<0, 16 - k>(LoadHalves(src, src + kEnd));
+            b = Quarter::template Sums64<16 - k, 0>(LoadBytes(src + kMiddle));
         }
         return _mm256_packus_epi32(_mm256_srli_epi32(a, 6 - shift),
                                    _mm256_srli_epi32(b, 6 - shift));
