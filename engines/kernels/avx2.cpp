@@ -78,7 +78,7 @@ struct BinBlocks {
     TARN_INLINE void FinishBlocks(const uint8_t* src, uint8_t* dst, const Gain& gain,
                                   const uint16_t* rowSum) {
         __m256i v[n];
-        for (int i = 0; i < n; ++i) {
+        for (ptrdiff_t i = 0; i < n; ++i) {
             PrefetchAhead(src + i * Cells::kBytes);
             v[i] = _mm256_add_epi16(Cells::template Load<kScale.shift>(src + i * Cells::kBytes),
                                     LoadLanes(rowSum + i * kLanes));
@@ -90,9 +90,9 @@ struct BinBlocks {
     template <bool compensate>
     TARN_INLINE void FinishRow(const uint8_t* src, uint8_t* dst, int blocks, const Gain& gain,
                                const uint16_t* rowSum) {
-        constexpr int n = kTogether;
-        for (; blocks >= n; blocks -= n, src += n * Cells::kBytes, rowSum += n * kLanes) {
-            FinishBlocks<compensate, n>(src, dst, gain, rowSum);
+        constexpr ptrdiff_t n = kTogether;
+        for (; blocks >= n; blocks -= kTogether, src += n * Cells::kBytes, rowSum += n * kLanes) {
+            FinishBlocks<compensate, kTogether>(src, dst, gain, rowSum);
             dst += n * kBlockBytes<Out>;
         }
         if (blocks > 0) FinishBlocks<compensate, 1>(src, dst, gain, rowSum);
