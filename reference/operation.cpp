@@ -99,7 +99,8 @@ Footprint PitchWalk(const Operation& operation, const Geometry& geometry) {
     const int rows = operation.followsInput ? geometry.inHeight : geometry.outHeight;
     const int pitch = operation.followsInput ? geometry.inStride : geometry.outStride;
     if (rows < 1 || pitch < 1) return {};
-    const Extent walked{rows, pitch / GroupBytes(operation.in) * GroupBytes(operation.in), pitch};
+    const Extent walked{
+        rows, std::int64_t{pitch} / GroupBytes(operation.in) * GroupBytes(operation.in), pitch};
     return {0, walked, walked};
 }
 
@@ -166,7 +167,8 @@ unsigned Compensate(unsigned value, int pedestal, int maximum, float gain) {
 
 int Pitch(int width, int unit) {
     const float quotient = static_cast<float>(width) / static_cast<float>(unit);
-    const auto bytes = static_cast<std::int64_t>(std::ceil(quotient)) * (unit / 4 * 5);
+    const auto bytes =
+        static_cast<std::int64_t>(std::ceil(quotient)) * (std::int64_t{unit} / 4 * 5);
     return static_cast<int>(static_cast<std::uint32_t>(bytes));  // wraps where it must
 }
 

@@ -80,7 +80,7 @@ class TemporaryFile {
     explicit TemporaryFile(const fs::path& target) : target_(target) {
         const std::string pattern = (target.parent_path() / ".tarn-XXXXXX").string();
         if (pattern.size() >= sizeof temporaryPath) Refuse(target, ENAMETOOLONG);
-        std::strcpy(temporaryPath, pattern.c_str());
+        std::memcpy(temporaryPath, pattern.c_str(), pattern.size() + 1);
         file_ = mkostemp(temporaryPath, O_CLOEXEC);
         const int error = errno;
         if (file_ >= 0) return;
