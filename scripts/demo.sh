@@ -33,27 +33,25 @@ fetch() {
 
 # One pattern in one layout: make, bin, check, develop.
 show() {
-    local pattern=$1 cell=$2 layout=$3 size name said check plain
+    local pattern=$1 cell=$2 layout=$3 size colours name said check plain
     name=$out/$pattern-$layout
     said=$("$build/tarn" synth "$raw" -o "$name.raw" -f "$layout" --cell "$cell" 2>&1)
     size=$(sed -E 's/.* frame, ([0-9]+x[0-9]+) .*/\1/' <<<"$said")
+    colours=$(sed -E 's/.* at pitch [0-9]+, ([RGB]{4}), .*/\1/' <<<"$said")
     # The four colours of a binned block come from one place of the photograph: interpolating them
     # as if they lay apart would show as a grid.
     said=$("$build/tarn" bin "$name.raw" -o "$name.png" -f "$layout" -s "$size" --cell "$cell" \
-        --gain "$gain" --half 2>&1)
+        --gain "$gain" --cfa "$colours" --half 2>&1)
 
-    check="not checked: $build/check_binned is not built"
-    if [[ -x $build/check_binned ]]; then
-        plain=$out/plain-${layout:2}.pgm
-        [[ -s $plain ]] || "$build/tarn" synth "$raw" -q -o "$plain" -f "$layout" --cell 1
-        "$build/tarn" synth "$raw" -q -o "$out/frame.pgm" -f "$layout" --cell "$cell"
-        "$build/tarn" bin "$name.raw" -q -o "$out/binned.pgm" -f "$layout" -s "$size" \
-            --cell "$cell" --gain "$gain"
-        check=$("$build/check_binned" "$plain" "$out"/{frame,binned}.pgm "$cell" "$gain" \
-            "${layout:0:2}") || fail "$pattern $layout: $check"
-        check="equals the photograph's sums"
-        rm "$out"/{frame,binned}.pgm
-    fi
+    plain=$out/plain-${layout:2}.pgm
+    [[ -s $plain ]] || "$build/tarn" synth "$raw" -q -o "$plain" -f "$layout" --cell 1
+    "$build/tarn" synth "$raw" -q -o "$out/frame.pgm" -f "$layout" --cell "$cell"
+    "$build/tarn" bin "$name.raw" -q -o "$out/binned.pgm" -f "$layout" -s "$size" \
+        --cell "$cell" --gain "$gain" --cfa "$colours"
+    check=$("$build/check_binned" "$plain" "$out"/{frame,binned}.pgm "$cell" "$gain" \
+        "${layout:0:2}") || fail "$pattern $layout: $check"
+    check="equals the photograph's sums"
+    rm "$out"/{frame,binned}.pgm
     rm "$name.raw"
     printf '%-9s %s  %9s  %9s  %s  %s\n' "$pattern" "$layout" "$size" \
         "$(sed -E 's/.*: ([0-9.]+ ms)$/\1/' <<<"$said")" "$name.png" "$check"

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "binned_oracle.h"
+#include "tests/tool/oracle/binned_oracle.h"
 #include "reference/packing.h"
 #include "tool_runner.h"
 

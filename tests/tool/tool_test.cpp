@@ -1,7 +1,7 @@
 // What synth makes and bin gives, for every operation and for the geometries that surprise.
 #include <png.h>
 
-#include "binned_oracle.h"
+#include "tests/tool/oracle/binned_oracle.h"
 #include "tool_runner.h"
 
 namespace {

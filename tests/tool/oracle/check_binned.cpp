@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "binned_oracle.h"
+#include "tests/tool/oracle/binned_oracle.h"
 
 int main(int argc, char** argv) {
     if (argc != 7) {

@@ -1,7 +1,7 @@
 // What binning must give, from PGM files alone: the plain sums of the mosaic that a multi-cell
 // frame was made of. Shares nothing with the library or the tool.
-#ifndef TARN_TESTS_TOOL_BINNED_ORACLE_H_
-#define TARN_TESTS_TOOL_BINNED_ORACLE_H_
+#ifndef TARN_TESTS_TOOL_ORACLE_BINNED_ORACLE_H_
+#define TARN_TESTS_TOOL_ORACLE_BINNED_ORACLE_H_
 
 #include <algorithm>
 #include <cmath>
@@ -126,4 +126,4 @@ class BinnedOracle {
     int block_;
 };
 
-#endif  // TARN_TESTS_TOOL_BINNED_ORACLE_H_
+#endif  // TARN_TESTS_TOOL_ORACLE_BINNED_ORACLE_H_
