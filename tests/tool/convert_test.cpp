@@ -4,8 +4,8 @@
 
 #include <memory>
 
-#include "tests/tool/oracle/binned_oracle.h"
 #include "reference/packing.h"
+#include "tests/tool/oracle/binned_oracle.h"
 #include "tool_runner.h"
 
 namespace {
