@@ -191,6 +191,8 @@ class RandomFrames {
 };
 
 TEST(Differential, RandomFrames) {
+    if (SelectedRunners().empty())
+        GTEST_SKIP() << "SKIPPED: this machine lacks the level asked for";
     const long long cases = Amount("TARN_TEST_CASES", 1000000);
     const uint64_t seed = Seed();
     RandomFrames frames;
