@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs into an empty prefix and builds clients out of tree: by the CMake package (with every
 # compiler at hand), by pkg-config, and the one that loads the library at run time.
-#   install_test.sh BUILD_DIR SOURCE_DIR WORK_DIR
+#   check_install.sh BUILD_DIR SOURCE_DIR WORK_DIR
 set -euo pipefail
 build=$1 source=$2 work=$(realpath -m "$3")
 rm -rf "$work"
