@@ -9,6 +9,11 @@ prefix=$work/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
 library=$(find "$prefix" -name 'libTarn.camera.mirova.so')
 
+if [ -x "$prefix/bin/tarn" ]; then
+  "$prefix/bin/tarn" selftest
+  echo "tool: its golden vectors pass"
+fi
+
 for compiler in g++ clang++-19; do
   command -v "$compiler" >/dev/null || { echo "SKIPPED $compiler"; continue; }
   # Away from the project, so that nothing but the prefix can be found.
