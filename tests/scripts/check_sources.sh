@@ -36,7 +36,7 @@ check_folder engines/kernels layout
 depth=1 check_folder engines include layout platform engines/kernels
 check_folder solution include layout platform engines
 check_folder reference
-check_folder tools/tarn public layout reference
+check_folder tools/tarn public layout reference tools/tarn/synth
 check_folder examples public
 
 for compiler; do

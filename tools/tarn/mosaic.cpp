@@ -2,57 +2,23 @@
 
 #include <libraw/libraw.h>
 
-#include <cctype>
 #include <memory>
 
 #include "tools/tarn/message.h"
+#include "tools/tarn/pnm.h"
 
 namespace tarn::tool {
 namespace {
 
 constexpr int64_t kMostFileBytes = int64_t{1} << 31;
 
-// Reads the next number of a PGM header, past blanks and comments; -1 when there is none.
-int64_t NextNumber(const Bytes& bytes, size_t* at) {
-    while (*at < bytes.size() && (std::isspace(bytes[*at]) || bytes[*at] == '#')) {
-        if (bytes[*at] != '#') {
-            ++*at;
-            continue;
-        }
-        while (*at < bytes.size() && bytes[*at] != '\n') ++*at;
-    }
-    int64_t number = -1;
-    for (; *at < bytes.size() && std::isdigit(bytes[*at]) && number < 100'000'000; ++*at) {
-        number = (number < 0 ? 0 : number) * 10 + (bytes[*at] - '0');
-    }
-    return number;
-}
-
 Mosaic ReadPgm(const std::string& name, const Bytes& bytes) {
-    size_t at = 2;
-    const int64_t width = NextNumber(bytes, &at);
-    const int64_t height = NextNumber(bytes, &at);
-    const int64_t maximum = NextNumber(bytes, &at);
-    ++at;  // the one blank after the header
-    if (width < 1 || height < 1 || maximum < 1 || maximum > 65535) {
-        throw UserError(Text(name, ": is a PGM with a broken header"));
-    }
-    const int64_t sampleBytes = maximum > 255 ? 2 : 1;
-    const int64_t needed = width * height * sampleBytes;
-    const int64_t held = static_cast<int64_t>(bytes.size()) - static_cast<int64_t>(at);
-    if (held < needed) {
-        throw UserError(Text(name, " holds ", Grouped(held < 0 ? 0 : held), " bytes of samples; ",
-                             width, "x", height, " needs ", Grouped(needed)));
-    }
+    Pnm pgm = DecodePnm(name, bytes);
     Mosaic mosaic;
-    mosaic.width = static_cast<int>(width);
-    mosaic.height = static_cast<int>(height);
-    mosaic.white = static_cast<double>(maximum);
-    mosaic.samples.resize(static_cast<size_t>(width * height));
-    for (uint16_t& sample : mosaic.samples) {
-        sample = bytes[at++];
-        if (sampleBytes == 2) sample = static_cast<uint16_t>(sample << 8 | bytes[at++]);
-    }
+    mosaic.width = pgm.width;
+    mosaic.height = pgm.height;
+    mosaic.white = pgm.maximum;
+    mosaic.samples = std::move(pgm.samples);
     return mosaic;
 }
 
@@ -132,13 +98,19 @@ Mosaic ReadCameraRaw(const std::string& name, Bytes& bytes) {
 
 }  // namespace
 
-Mosaic ReadMosaic(const std::string& path) {
-    const std::string name = InputName(path);
+Mosaic DecodeMosaic(const std::string& name, Bytes& bytes) {
+    return IsPgm(bytes) ? ReadPgm(name, bytes) : ReadCameraRaw(name, bytes);
+}
+
+Bytes ReadPictureFile(const std::string& path) {
     Bytes bytes = ReadFile(path, kMostFileBytes);
-    if (int64_t(bytes.size()) > kMostFileBytes)
-        throw UserError(Text(name, ": is larger than 2 GiB"));
-    if (bytes.size() > 2 && bytes[0] == 'P' && bytes[1] == '5') return ReadPgm(name, bytes);
-    return ReadCameraRaw(name, bytes);
+    if (int64_t(bytes.size()) <= kMostFileBytes) return bytes;
+    throw UserError(Text(InputName(path), ": is larger than 2 GiB"));
+}
+
+Mosaic ReadMosaic(const std::string& path) {
+    Bytes bytes = ReadPictureFile(path);
+    return DecodeMosaic(InputName(path), bytes);
 }
 
 }  // namespace tarn::tool

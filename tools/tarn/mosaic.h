@@ -18,7 +18,11 @@ struct Mosaic {
     bool camera = false;  // levels and colours are the camera's; a PGM tells its white alone
 };
 
-// Throws UserError, naming the file, when it is neither.
+// The bytes of a file that may be one of them, or another picture. Throws UserError.
+Bytes ReadPictureFile(const std::string& path);
+
+// Both throw UserError, naming the file, when it is neither. LibRaw may write to the bytes.
+Mosaic DecodeMosaic(const std::string& name, Bytes& bytes);
 Mosaic ReadMosaic(const std::string& path);
 
 }  // namespace tarn::tool
