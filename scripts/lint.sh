@@ -41,4 +41,5 @@ for check in format links source_lists api_reference tidy; do
   echo "== $check"
   $check
 done
+[ $failed -eq 0 ] && echo "format, links, lists of sources, reference and clang-tidy: no finding"
 exit $failed
