@@ -109,6 +109,11 @@ static void CheckEngines() {
     Check(neon.CalcStride(4000) == 5040 && std::memcmp(src, compensated, 10) == 0, "NEON engine");
 }
 
+// The library serves before main as well: it has no state that must be set up first.
+static const struct BeforeMain {
+    BeforeMain() { CheckSlots(); }
+} beforeMain;
+
 int main() {
     CheckSlots();
     CheckObject();

@@ -19,6 +19,12 @@ has 'soname: \[libTarn\.camera\.mirova\.so\]' "the soname"
 has 'BIND_NOW|Flags: NOW' "immediate binding"
 has 'GNU_RELRO' "read-only relocations"
 has 'GNU_STACK [0-9a-fx ]* RW +0' "a stack that is not executable"
+echo "$elf" | grep -Eq 'TEXTREL|RPATH|RUNPATH' && fail "text relocations, or a search path of its own"
+echo "$elf" | grep -Eq 'LOAD .* R?WE ' && fail "a segment that is writable and executable"
+echo "$elf" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' |
+    grep -Ev '^(lib(c|m|c\+\+|stdc\+\+|gcc_s|log|dl)\.so|ld-linux-)' &&
+    fail "needs more than the platform's C, C++ and log libraries"
+"$nm" -D --undefined-only "$library" | grep -q __stack_chk_fail || fail "the stack protector"
 echo "$elf" | awk '$1 == "LOAD" && $NF != "0x4000" && $NF != "0x10000" {bad = 1} END {exit bad}' ||
     fail "segments aligned to 16 KiB"
 exit $status
