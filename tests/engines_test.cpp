@@ -5,9 +5,9 @@
 #include <sys/mman.h>
 
 #include <algorithm>
-#include <chrono>
 #include <climits>
 #include <cstring>
+#include <ctime>
 #include <numeric>
 
 #include "engines/TarnQCEngine.h"
@@ -325,7 +325,7 @@ TEST(Extremes, OffsetsPastTwoGigabytes) {
 }
 
 TEST(Extremes, NothingToDoReturnsAtOnce) {
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();  // of this process, whatever else the machine does
     for (const TestedOperation& operation : SelectedOperations()) {
         if (operation.rule->lineBytes > 0) continue;  // delivers its empty lines
         for (const int none : {0, -1, INT_MIN}) {
@@ -339,7 +339,7 @@ TEST(Extremes, NothingToDoReturnsAtOnce) {
             }
         }
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC);
 }
 
 // Runs `work` on a painted stack of its own; returns how deep the paint was scratched.

@@ -11,6 +11,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <thread>
 
 #include "TarnSolution.h"
 #include "reference/operation.h"
@@ -106,14 +107,14 @@ Strings EventsOfRoad(const Road& road) {
     Strings events = {"get", settings, "get", geometry, "clock"};
     events.insert(events.end(),
                   {"time", "clock", open + "srcTetraInput_20240131235959123_120x8.raw", "get",
-                   dump + "(srcTetraInput)  pitch = 120   height = 8"});
+                   dump + "(srcTetraInput)  pitch = 120   height = 8", "close"});
     if (*road.entry) events.insert(events.end(), {"get", road.entry});
     if (road.checksStride) {
         events.insert(events.end(), {"get", "3 CheckStride: CheckStride Stride : 120, 60"});
     }
     events.insert(events.end(),
                   {"time", "clock", open + "finalPackOutput_20240131235959500_60x2.raw", "get",
-                   dump + "(finalPackOutput)  pitch = 60   height = 2"});
+                   dump + "(finalPackOutput)  pitch = 60   height = 2", "close"});
     events.insert(events.end(), {"clock", "get", "3 Process: Processing Time is 1002"});
     return events;
 }
@@ -121,7 +122,7 @@ Strings EventsOfRoad(const Road& road) {
 TEST_F(Front, EveryRoadOfAFrame) {
     for (const Road& road : kRoads) {
         SCOPED_TRACE(road.operation);
-        platform.property = "2";
+        platform.property = std::string("2");
         solution.reset(TarnSolution_initialize());
         EXPECT_EQ(solution->Init(road.option), 0);
         solution->SetParam(PROP_INPUT_FORMAT, road.inFormat);
@@ -170,7 +171,7 @@ TEST_F(Front, StopwatchAndDumpsFollowTheDebugLevel) {
         platform.property = std::to_string(level);
         solution.reset(TarnSolution_initialize());
         solution->Init(0);
-        platform.property = "0";
+        platform.property = std::string("0");
         const std::string events = ProcessEvents(*solution, tetra);
         const std::string dump = "time\nclock\nopen ";
         EXPECT_EQ(events.find("clock\n") != std::string::npos, level >= 1) << level;
@@ -185,7 +186,7 @@ TEST_F(Front, InitOnceAndRefusals) {
     EXPECT_EQ(EventsOf([&] { EXPECT_EQ(solution->Init(0), -1); }),
               Joined({"get", InitLine(0, 0), "6 TarnSolution is already initialized!"}));
     // The option stays changed: the QC family serves, whose engine was never made.
-    platform.property = "1";
+    platform.property = std::string("1");
     EXPECT_NE(ProcessEvents(*solution, tetra).find("CheckStride"), std::string::npos);
     EXPECT_FALSE(Untouched());
 
@@ -212,7 +213,7 @@ TEST_F(Front, SettingsAreConvertedTowardZeroAndSaturate) {
                                            {-3e9f, -2147483647 - 1},
                                            {kInfinity, 2147483647},
                                            {-kInfinity, -2147483647 - 1}};
-    platform.property = "1";
+    platform.property = std::string("1");
     const BufferInfo nothing{16, 21, 8, 8, 11, 0};
     for (const auto& [value, code] : codes) {
         EXPECT_EQ(solution->SetParam(PROP_INPUT_FORMAT, value), 0);
@@ -275,9 +276,10 @@ TEST_F(Front, AFrameTakesNoMemory) {
     EXPECT_EQ(platform.allocations, 0);
 }
 
-// Dump sizes that make no sense give an empty file, and a directory that is missing one error line.
+// Dump sizes that make no sense give an empty file, a directory that is missing one error line, and
+// a disk that takes nothing is not the frame's affair.
 TEST_F(Front, Dumps) {
-    platform.property = "2";
+    platform.property = std::string("2");
     solution->Init(5);  // no operation: the geometry is for the dumps alone
     platform.property.reset();
     const auto size = [&](int pitch, int height) {
@@ -293,8 +295,8 @@ TEST_F(Front, Dumps) {
     for (const auto& [pitch, height] : senseless) EXPECT_EQ(size(pitch, height), 0u) << pitch;
 
     setenv("TZ", "XXX-2", 1);  // the zone may change between frames
-    platform.dumpDirectoryExists = false;
-    platform.property = "1";
+    platform.disk = Platform::Disk::NoFolder;
+    platform.property = std::string("1");
     const std::string events = ProcessEvents(*solution, tetra);
     const std::string path = "/data/vendor/camera/Tarn_srcTetraInput_20240201015959";
     EXPECT_NE(events.find("open " + path), std::string::npos) << events;
@@ -304,10 +306,49 @@ TEST_F(Front, Dumps) {
     std::string kinds;
     for (const std::string& event : platform.events) kinds += event[0];
     EXPECT_EQ(kinds, "g3g3ctco6tco6cg3");
+
+    platform.property.reset();
+    std::string fine;
+    using enum Platform::Disk;
+    for (const auto disk : {Fine, Full, NotClosing}) {
+        platform.disk = disk;
+        platform.clocksTaken = 0;
+        const std::string same = ProcessEvents(*solution, {16, 4096, 1, 8, 4096, 1});
+        if (disk == Fine) fine = same;
+        EXPECT_EQ(same, fine);
+    }
+}
+
+TEST_F(Front, TwoSolutionsDumpAtOnce) {
+    platform.property = std::string("2");
+    constexpr int kFrames = 20, kPitch = 2000;
+    const auto work = [](uint8_t content) {
+        const Solution own{TarnSolution_initialize()};
+        std::vector<uint8_t> frame(2 * kPitch, content);
+        Watch(true);
+        own->Init(0);
+        for (int i = 0; i < kFrames; ++i) {
+            own->Process(frame.data(), frame.data(), {8, kPitch, 2, 8, kPitch, 0});
+        }
+        Watch(false);
+    };
+    std::thread other(work, 1);
+    work(2);
+    other.join();
+    ASSERT_EQ(platform.dumps.size(), 4u * kFrames);
+    for (const std::string& dump : platform.dumps) {
+        std::ifstream file(dump, std::ios::binary);
+        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+        const auto of = [&](char content) {
+            return static_cast<size_t>(std::count(bytes.begin(), bytes.end(), content));
+        };
+        const bool whole = bytes.empty() || bytes.size() == 2 * kPitch;
+        EXPECT_TRUE(whole && (of(1) == bytes.size() || of(2) == bytes.size())) << dump;
+    }
 }
 
 TEST_F(Front, SourceDumpHoldsTheSource) {
-    platform.property = "3";
+    platform.property = std::string("3");
     solution->Init(0);
     ProcessEvents(*solution, tetra);
     std::ifstream file(platform.dumps.front(), std::ios::binary);

@@ -7,34 +7,56 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cfenv>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <new>
 
 namespace tarn_test {
 namespace {
 
 constexpr int kClientErrno = 77;
+constexpr int kClientRounding = FE_UPWARD;
+
+thread_local bool watching = false;
+std::recursive_mutex oneStandInAtATime;
 
 // While the test's own code runs inside a stand-in, nothing is the library's doing.
 class Unwatched {
  public:
-    Unwatched() { ThePlatform().watching = false; }
-    ~Unwatched() { ThePlatform().watching = watched_; }
+    Unwatched() { watching = false; }
+    ~Unwatched() { watching = watched_; }
 
  private:
-    bool watched_ = ThePlatform().watching;
+    bool watched_ = watching;
+    std::lock_guard<std::recursive_mutex> lock_{oneStandInAtATime};
 };
+
+// Which signals are blocked, and what is done about each.
+std::string SignalState() {
+    sigset_t blocked;
+    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    std::string state;
+    for (int signal = 1; signal < NSIG; ++signal) {
+        struct sigaction action {};
+        sigaction(signal, nullptr, &action);
+        state += sigismember(&blocked, signal) == 1 ? 'x' : '-';
+        state += std::to_string(reinterpret_cast<uintptr_t>(action.sa_handler));
+    }
+    return state;
+}
 
 void Record(const std::string& event) {
     ThePlatform().events.push_back(event);
 }
 
 void* Allocate(size_t bytes) {
-    Platform& platform = ThePlatform();
-    if (platform.watching) {
+    if (watching) {
+        Platform& platform = ThePlatform();
         if (platform.allocations++ == platform.allocationToFail) return nullptr;
         ++platform.unfreed;
     }
@@ -42,7 +64,7 @@ void* Allocate(size_t bytes) {
 }
 
 void Free(void* memory) {
-    if (memory && ThePlatform().watching) --ThePlatform().unfreed;
+    if (memory && watching) --ThePlatform().unfreed;
     std::free(memory);
 }
 
@@ -60,10 +82,17 @@ std::string Joined(const std::vector<std::string>& lines) {
 }
 
 void Watch(bool on) {
-    if (!on) {
+    static thread_local std::string signals;
+    if (on) {
+        signals = SignalState();
+    } else {
         EXPECT_EQ(errno, kClientErrno);
+        EXPECT_EQ(std::fegetround(), kClientRounding);
+        watching = false;
+        EXPECT_EQ(SignalState(), signals);
     }
-    ThePlatform().watching = on;
+    std::fesetround(on ? kClientRounding : FE_TONEAREST);
+    watching = on;
     errno = kClientErrno;
 }
 
@@ -99,24 +128,35 @@ int __system_property_get(const char* name, char* value) {
     return static_cast<int>(property->size());
 }
 
-// A dump lands in the build folder; what is not a dump passes through.
+// A dump lands in the working folder; what is not a dump passes through.
 FILE* fopen(const char* path, const char* mode) {
     static const auto real =
         reinterpret_cast<FILE* (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "fopen"));
-    if (!ThePlatform().watching) return real(path, mode);
+    if (!tarn_test::watching) return real(path, mode);
     const Unwatched unwatched;
     Platform& platform = ThePlatform();
     EXPECT_STREQ(mode, "wb");
     tarn_test::Record(std::string("open ") + path);
-    if (!platform.dumpDirectoryExists) {
+    if (platform.disk == Platform::Disk::NoFolder) {
         errno = ENOENT;
         return nullptr;
     }
-    platform.dumps.push_back(TARN_TEST_FOLDER "/dump" + std::to_string(platform.dumps.size()) +
-                             ".raw");
+    if (platform.disk == Platform::Disk::Full) return real("/dev/full", mode);
+    platform.dumps.push_back("dump" + std::to_string(platform.dumps.size()) + ".raw");
     FILE* file = real(platform.dumps.back().c_str(), mode);
     errno = EAGAIN;
     return file;
+}
+
+int fclose(FILE* file) {
+    static const auto real = reinterpret_cast<int (*)(FILE*)>(dlsym(RTLD_NEXT, "fclose"));
+    if (!tarn_test::watching) return real(file);
+    const Unwatched unwatched;
+    tarn_test::Record("close");
+    const int result = real(file);
+    if (ThePlatform().disk != Platform::Disk::NotClosing) return result;
+    errno = EIO;
+    return EOF;
 }
 
 int gettimeofday(timeval* now, void* zone) noexcept {

@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# The everyday random tests at length, each case on every level that the processor has, in rounds: a
+# run that is broken off has counted what its log says.
+#   long_tests.sh frames CASES [EMULATOR...]   random frames against the reference
+#   long_tests.sh gains GAINS [EMULATOR...]    every 16-bit value x depths 10..16 x so many gains
+# BUILD (build/host) is the folder of the tests, ROUND (1000000) the cases of a round.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+what=${1:?frames or gains} amount=${2:?how many} build=${BUILD:-build/host}
+emulator=("${@:3}")
+seed=${TARN_TEST_SEED:-$(date +%s)000000000}
+start=$(date +%s.%N)
+seconds() { awk -v a="$start" -v b="$(date +%s.%N)" 'BEGIN { printf "%.0f", b - a }'; }
+
+frames() {
+  local done=0 round=${ROUND:-1000000} log
+  log=$(mktemp)
+  while [ "$done" -lt "$amount" ]; do
+    [ $((amount - done)) -ge "$round" ] || round=$((amount - done))
+    TARN_TEST_SEED=$((seed + done)) TARN_TEST_CASES=$round "${emulator[@]}" "$build/differential_test" \
+      --gtest_filter=Differential.RandomFrames >"$log" 2>&1 || {
+      cat "$log"
+      echo "frames: FAILED within the $round cases from seed $((seed + done)) on" >&2
+      exit 1
+    }
+    done=$((done + round))
+    echo "frames: $done cases from seed $seed on, each on every level, no mismatch, $(seconds) s"
+  done
+  rm "$log"
+}
+
+gains() {
+  TARN_TEST_SEED=$seed TARN_TEST_GAINS=$amount "${emulator[@]}" "$build/engines_test" \
+    --gtest_filter=Values.CompensationIsFusedForEveryValueDepthAndGain
+  echo "gains: $(seconds) s"
+}
+
+"$what"
