@@ -1,4 +1,5 @@
-# What `cmake --install` lays down: library, public headers, CMake package, pkg-config file, tool.
+# What `cmake --install` lays down: library, public headers, CMake package, pkg-config file, and
+# with the tool its manual page, bash completion and golden vectors.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -25,6 +26,9 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tarn.pc DESTINATION ${CMAKE_INSTALL_LI
 
 if(TARN_TOOL)
   install(TARGETS tarn_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tarn.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES tools/tarn/tarn.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME tarn)
   install(DIRECTORY golden/vectors/ DESTINATION ${CMAKE_INSTALL_DATADIR}/tarn/golden)
   install(FILES golden/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/tarn/golden)
 endif()

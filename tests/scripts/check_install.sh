@@ -12,6 +12,18 @@ library=$(find "$prefix" -name 'libTarn.camera.mirova.so')
 if [ -x "$prefix/bin/tarn" ]; then
   "$prefix/bin/tarn" selftest
   echo "tool: its golden vectors pass"
+  "$source/tests/scripts/check_completion.sh" \
+    "$prefix/share/bash-completion/completions/tarn" "$prefix/bin/tarn"
+  echo "tool: bash completes its command line"
+  page=$prefix/share/man/man1/tarn.1
+  # What man cannot read it would leave out, and say so here.
+  if command -v groff >/dev/null; then
+    [ -z "$(groff -man -ww -z "$page" 2>&1)" ]
+  else
+    echo "SKIPPED the manual page's form: no groff"
+  fi
+  for verb in $("$prefix/bin/tarn" --complete tarn ""); do grep -q "^.SS tarn $verb " "$page"; done
+  echo "tool: its manual page tells of every verb"
 fi
 
 for compiler in g++ clang++-19; do

@@ -11,8 +11,8 @@ TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
     const struct {
         std::string arguments, reason;
     } kCases[] = {
-        {"", "no verb is given; there are bin, synth"},
-        {"fold", "there is no verb \"fold\"; there are bin, synth"},
+        {"", "no verb is given; there are inspect, bin"},
+        {"fold", "there is no verb \"fold\"; there are inspect, bin"},
         {bin + "-f qc10 -s 16x8", "--cell is required"},
         {bin + "-f qc10 -s 16x8 --cell 2 --pich 20", "--pich"},
         {bin + "-f qc11 -s 16x8 --cell 2", "unknown layout \"qc11\"; there are qc10, qc12"},

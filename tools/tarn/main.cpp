@@ -6,14 +6,17 @@
 #include <filesystem>
 #include <new>
 
+#include "tools/tarn/completion.h"
+#include "tools/tarn/man_page.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/verb.h"
 
 namespace tarn::tool {
 namespace {
 
-constexpr const Verb* kVerbs[] = {&kBin,    &kSynth,    &kConvert, &kInspect,
-                                  &kVerify, &kSelftest, &kBench,   &kFormats};
+// In the order in which somebody with a dump wants them.
+constexpr const Verb* kVerbs[] = {&kInspect, &kBin,      &kConvert, &kSynth,
+                                  &kVerify,  &kSelftest, &kBench,   &kFormats};
 
 constexpr int kBrokenOff = 1;
 constexpr int kWrong = 2;
@@ -52,13 +55,44 @@ void OccupyStandardFiles() {
     }
 }
 
+constexpr char kFooter[] =
+    "Start with a dump of yours, or with one of a test chart:\n"
+    "  tarn synth --chart all -o dump.raw -f qc10 --cell 2 --pitch 5120\n"
+    "  tarn inspect dump.raw\n"
+    "  tarn bin dump.raw -o dump.png -f qc10 -s 4000x3000 --pitch 5120 --cell 2\n"
+    "\n"
+    "tarn VERB --help tells more of each verb; its examples go on with this dump.\n"
+    "\n"
+    "Results that go to - are written to standard output, messages to standard error. A run that\n"
+    "fails leaves no half file, and files that were there as they were.\n"
+    "\n"
+    "Exit code: 0 done; 1 the run broke off, or verify and selftest found a difference; 2 what "
+    "was\n"
+    "asked or given is wrong, files that cannot be read or written included.\n";
+
+// What other programs ask, with answers out of the tree of verbs: nothing is run. Hidden from the
+// help. True when it was one of these.
+bool Answered(const CLI::App& app, const std::vector<std::string>& words) {
+    if (words.size() == 2 && words[1] == "--man-page") {
+        std::cout << ManPage(app);
+    } else if (words.size() > 2 && words[1] == "--complete") {
+        std::cout << Completions(app, {words.begin() + 2, words.end()});
+    } else {
+        return false;
+    }
+    return true;
+}
+
 int Run(int argc, char** argv) {
     if (argc < 2 || argv[1][0] != '-') CheckVerb(argc < 2 ? "" : argv[1]);
-    CLI::App app("Bins packed raw frames of multi-cell colour-filter sensors.", "tarn");
+    CLI::App app(
+        "From a bare packed dump of an image sensor to a picture, a DNG, a number: looks at packed "
+        "raw\nframes, bins those of multi-cell colour-filter sensors, converts and checks them.",
+        "tarn");
     app.failure_message(ArgumentComplaint);
     app.get_formatter()->label("SUBCOMMAND", "VERB");
     app.set_version_flag("--version", TARN_VERSION);
-    app.footer("tarn VERB --help tells more of each verb.");
+    app.footer(kFooter);
     std::function<void()> run;
     for (const Verb* verb : kVerbs) {
         CLI::App* command = app.add_subcommand(verb->name, verb->summary)->group("Verbs");
@@ -66,6 +100,7 @@ int Run(int argc, char** argv) {
         command->callback([&run, action] { run = action; });
     }
     app.require_subcommand(1);
+    if (Answered(app, {argv, argv + argc})) return 0;
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
