@@ -1,11 +1,13 @@
 #include "engines/kernels/neon.h"
 
+#include <type_traits>
 #include <utility>
 
 #include "engines/kernels/by_blocks.h"
 #include "engines/kernels/neon_cells.h"
 #include "engines/kernels/neon_gain.h"
 #include "engines/kernels/neon_layouts.h"
+#include "engines/kernels/neon_places.h"
 
 namespace tarn {
 namespace {
@@ -120,7 +122,8 @@ void BinRow(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, int count, con
 
 template <class L>
 struct EvBlocks {
-    using Packed = NeonLayout<L>;
+    static constexpr bool kByPlace = std::is_same_v<L, VXRaw10>;
+    using Packed = std::conditional_t<kByPlace, VXRaw10ByPlace, NeonLayout<L>>;
     static constexpr int kGroups = Packed::kPixels / L::kGroupPixels;
     static constexpr int kReadSlack = 0;
 
@@ -128,11 +131,23 @@ struct EvBlocks {
         const Gain gain = MakeGain(ev.gain, 4096);
         for (; blocks > 0; --blocks) {
             typename Packed::Block pixels = Packed::Unpack(src);
-            ForEach<Packed::kPixels / kLanes>([&](auto i) TARN_INLINE_LAMBDA {
-                pixels.v[i] = Compensated<16>(pixels.v[i], gain);
+            ForEach<Packed::kPixels / kLanes / 2>([&](auto i) TARN_INLINE_LAMBDA {
+                Compensate(pixels.v[2 * i], pixels.v[2 * i + 1], gain);
             });
             Packed::template Pack<16 - L::kBits>(pixels, dst);
             dst += kGroups * L::kGroupBytes;
+        }
+    }
+
+ private:
+    TARN_INLINE void Compensate(uint16x8_t& a, uint16x8_t& b, const Gain& gain) {
+        if constexpr (kByPlace) {
+            const Lanes<2> halves = CompensatedHalves<16>(a, b, gain);
+            a = halves.v[0];
+            b = halves.v[1];
+        } else {
+            a = Compensated<16>(a, gain);
+            b = Compensated<16>(b, gain);
         }
     }
 };
