@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# A photograph's raw through the library: multi-cell frames of all three patterns in both families
-# are made of it, binned, held against the photograph's own sums, and developed.
+# A camera's raw on the whole road: multi-cell frames of all three patterns in both families are made
+# of it, recognised, binned, held to the plain reference and to the photograph's own sums, developed.
 #
 # Needs the host build. Fetches one Debian package, which stays in build/demo.
 set -euo pipefail
@@ -31,30 +31,46 @@ fetch() {
     cp "$folder/x/usr/share/doc/rawtran/IMG_5952.CR2" "$raw"
 }
 
-# One pattern in one layout: make, bin, check, develop.
+tarn() { "$build/tarn" "$@"; }
+
+# What follows a word in what synth and inspect say: "3520x2344 qc10 at pitch 4400, ".
+geometry() { sed -nE "s/.*$1 ([0-9]+x[0-9]+) ([a-z0-9]+) at pitch ([0-9]+), .*/\1 \2 \3/p" <<<"$2"; }
+
+# One pattern in one layout: make, guess, bin, check, develop.
 show() {
-    local pattern=$1 cell=$2 layout=$3 size colours name said check plain
+    local pattern=$1 cell=$2 layout=$3 name said made guessed size pitch colours frame time check
     name=$out/$pattern-$layout
-    said=$("$build/tarn" synth "$raw" -o "$name.raw" -f "$layout" --cell "$cell" 2>&1)
-    size=$(sed -E 's/.* frame, ([0-9]+x[0-9]+) .*/\1/' <<<"$said")
+    said=$(tarn synth "$raw" -o "$name.raw" -f "$layout" --cell "$cell" 2>&1)
+    made=$(geometry "frame," "$said")
     colours=$(sed -E 's/.* at pitch [0-9]+, ([RGB]{4}), .*/\1/' <<<"$said")
+
+    # As somebody who holds the file and knows nothing of it.
+    said=$(tarn inspect "$name.raw")
+    guessed="$(geometry "it is" "$said") $(sed -nE 's/^it is .*, cell ([1-4]).*/\1/p' <<<"$said")"
+    [[ $guessed == "$made $cell" ]] || fail "$name.raw: guessed $guessed, made as $made $cell"
+    read -r size _ pitch <<<"$made"
+    frame=(-f "$layout" -s "$size" --pitch "$pitch" --cell "$cell")
+
+    said=$(tarn bin "$name.raw" -o "$name.dng" "${frame[@]}" --gain "$gain" --cfa "$colours" 2>&1)
+    time=$(sed -nE 's/.*: ([0-9.]+ ms)$/\1/p' <<<"$said")
     # The four colours of a binned block come from one place of the photograph: interpolating them
     # as if they lay apart would show as a grid.
-    said=$("$build/tarn" bin "$name.raw" -o "$name.png" -f "$layout" -s "$size" --cell "$cell" \
-        --gain "$gain" --cfa "$colours" --half 2>&1)
-
-    plain=$out/plain-${layout:2}.pgm
-    [[ -s $plain ]] || "$build/tarn" synth "$raw" -q -o "$plain" -f "$layout" --cell 1
-    "$build/tarn" synth "$raw" -q -o "$out/frame.pgm" -f "$layout" --cell "$cell"
-    "$build/tarn" bin "$name.raw" -q -o "$out/binned.pgm" -f "$layout" -s "$size" \
-        --cell "$cell" --gain "$gain" --cfa "$colours"
-    check=$("$build/check_binned" "$plain" "$out"/{frame,binned}.pgm "$cell" "$gain" \
-        "${layout:0:2}") || fail "$pattern $layout: $check"
-    check="equals the photograph's sums"
+    tarn bin "$name.raw" -q -o "$name.png" "${frame[@]}" --gain "$gain" --cfa "$colours" --half
+    tarn verify "$name.raw" -q "${frame[@]}" --gain "$gain"
+    check=$(sums "$cell" "$layout" "$name.raw" 2>&1) || fail "$pattern $layout: $check"
     rm "$out"/{frame,binned}.pgm
     rm "$name.raw"
-    printf '%-9s %s  %9s  %9s  %s  %s\n' "$pattern" "$layout" "$size" \
-        "$(sed -E 's/.*: ([0-9.]+ ms)$/\1/' <<<"$said")" "$name.png" "$check"
+    printf '%-9s %s  %9s  %9s  %s\n' "$pattern" "$layout" "$size" "$time" "$name.png, .dng"
+}
+
+# Whether the frame holds the photograph's samples, and the binned one their sums, by a program that
+# shares nothing with the library or the tool.
+sums() {
+    local cell=$1 layout=$2 plain=$out/plain-${2:2}.pgm
+    [[ -s $plain ]] || tarn synth "$raw" -q -o "$plain" -f "$layout" --cell 1
+    tarn synth "$raw" -q -o "$out/frame.pgm" -f "$layout" --cell "$cell"
+    tarn bin "$3" -q -o "$out/binned.pgm" "${frame[@]}" --gain "$gain" &&
+        "$build/check_binned" "$plain" "$out"/{frame,binned}.pgm "$cell" "$gain" "${layout:0:2}"
 }
 
 [[ -x $build/tarn ]] || fail "$build/tarn is not built: ./run build"
@@ -62,10 +78,14 @@ mkdir -p "$out"
 rm -f "$out"/*.pgm  # of a run that broke off
 [[ -s $raw ]] || fetch
 
-echo "IMG_5952.CR2, a camera's raw, as frames of multi-cell sensors; binned, gain $gain, developed."
-echo "Its samples are permuted inside each block of 2x2 cells: none is invented, all are real."
-echo
-printf '%-9s %s    %-9s  %9s  %s\n' pattern as frame binned picture
+cat <<TXT
+IMG_5952.CR2, a camera's raw, as frames of multi-cell sensors: its samples are permuted inside each
+block of 2x2 cells, none is invented. Each frame is made (synth), its layout, pitch, size and cell are
+guessed from its bytes (inspect), it is binned with gain $gain to a DNG and a picture (bin), the library
+is held to the plain reference (verify), and the result to the photograph's own sums.
+
+TXT
+printf '%-9s %s    %-9s  %9s  %s\n' pattern as frame binned files
 for layout in qc10 vx10; do
     show tetra 2 "$layout"
     show nona 3 "$layout"
@@ -74,3 +94,5 @@ done
 show tetra 2 qc12
 show tetra 2 vx12
 rm -f "$out"/*.pgm
+echo
+echo "All guesses are right; all results equal the plain reference and the photograph's sums."
