@@ -34,7 +34,7 @@ fetch() {
 tarn() { "$build/tarn" "$@"; }
 
 # What follows a word in what synth and inspect say: "3520x2344 qc10 at pitch 4400, ".
-geometry() { sed -nE "s/.*$1 ([0-9]+x[0-9]+) ([a-z0-9]+) at pitch ([0-9]+), .*/\1 \2 \3/p" <<<"$2"; }
+geometry() { sed -nE "s/.*($1) ([0-9]+x[0-9]+) ([a-z0-9]+) at pitch ([0-9]+), .*/\2 \3 \4/p" <<<"$2"; }
 
 # One pattern in one layout: make, guess, bin, check, develop.
 show() {
@@ -46,7 +46,7 @@ show() {
 
     # As somebody who holds the file and knows nothing of it.
     said=$(tarn inspect "$name.raw")
-    guessed="$(geometry "it is" "$said") $(sed -nE 's/^it is .*, cell ([1-4]).*/\1/p' <<<"$said")"
+    guessed="$(geometry "it is|it may be" "$said") $(sed -nE 's/^it (is|may be) .*, cell ([1-4]).*/\2/p' <<<"$said")"
     [[ $guessed == "$made $cell" ]] || fail "$name.raw: guessed $guessed, made as $made $cell"
     read -r size _ pitch <<<"$made"
     frame=(-f "$layout" -s "$size" --pitch "$pitch" --cell "$cell")

@@ -1,5 +1,6 @@
 #include "tools/tarn/inspect_report.h"
 
+#include <filesystem>
 #include <iomanip>
 #include <nlohmann/json.hpp>
 
@@ -34,6 +35,29 @@ std::string GuessText(const Guess& guess) {
             Text(i == 1 ? "next best: " : "           ", DescribeHypothesis(guess.ranked[i]), "\n");
     }
     return text;
+}
+
+// As a shell takes it for one word.
+std::string Quoted(const std::string& name) {
+    constexpr char kPlain[] =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._/+,@%-";
+    if (name.find_first_not_of(kPlain) == name.npos) return name;
+    std::string quoted = "'";
+    for (const char c : name) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+// The command that makes a picture of what was found.
+std::string NextStep(const Report& report) {
+    const Subject& subject = report.subject;
+    const PackedFrame& frame = subject.frame;
+    const bool piped = report.file == InputName("-");
+    const std::string file = piped ? "FILE" : report.file;
+    const std::string picture = std::filesystem::path(file).stem().string() + ".png";
+    return Text("to see it:  tarn ", subject.cell > 1 ? "bin " : "convert ", Quoted(file), " -o ",
+                Quoted(picture), " -f ", LayoutName(frame.layout), " -s ", frame.width, "x",
+                frame.height, " --pitch ", frame.pitch,
+                subject.cell > 1 ? Text(" --cell ", subject.cell) : "", "\n");
 }
 
 // 64 ranges of codes as bars of eight heights, the square root of their pixels: rare codes show.
@@ -141,6 +165,7 @@ std::string ReportText(const Report& report) {
     const Subject& subject = report.subject;
     std::string text = Text(report.file, ": ", Grouped(report.bytes), " bytes\n");
     text += subject.guess ? GuessText(*subject.guess) : DescribeSubject(subject) + "\n";
+    text += NextStep(report);
     text += StatisticsText(subject, report.statistics);
     if (report.byGain) {
         text += Text("gain ", report.byGain->gain, " brings ", Percent(report.byGain->clipped),
