@@ -174,11 +174,17 @@ std::span<const float> Gains() {
     return kGains;
 }
 
-// Half of them between 1 and 32, half between 2^-12 and 2^12.
+// A quarter of them hard: beside a power of two, or its negative, or a whole number of 64ths. Of
+// the others half lie between 1 and 32, half between 2^-12 and 2^12.
 float GainOf(uint64_t bits) {
-    const auto exponents = static_cast<uint32_t>(bits & 1 ? 5 : 24) << 23;
-    const uint32_t lowest = bits & 1 ? 0x3F800000u : 0x39800000u;
-    return std::bit_cast<float>(lowest + static_cast<uint32_t>(bits >> 32) % exponents);
+    const auto any = static_cast<uint32_t>(bits >> 32);
+    if (bits % 8 == 0) {
+        const uint32_t power = (any % 64 + 95) << 23;  // from 2^-32 on
+        return std::bit_cast<float>((any & 1u << 31) + power - 1 + (any >> 8) % 3);
+    }
+    if (bits % 8 == 1) return static_cast<float>(any % 4096) / 64;
+    const uint32_t exponents = (bits % 2 == 1 ? 5u : 24u) << 23;
+    return std::bit_cast<float>((bits % 2 == 1 ? 0x3F800000u : 0x39800000u) + any % exponents);
 }
 
 std::vector<float> ManyGains() {
