@@ -5,32 +5,13 @@
 #include "engines/kernels/avx2_cells.h"
 #include "engines/kernels/avx2_gain.h"
 #include "engines/kernels/avx2_layouts.h"
-#include "engines/kernels/by_blocks.h"
+#include "engines/kernels/top_lanes.h"
 
 namespace tarn {
 namespace {
 
-// The black level of everything but the sums of nine.
-constexpr int kPedestal = 4096;
-
-// What the lanes of an operation hold: its sums, moved to the top.
-struct SumScale {
-    int shift;
-    int pedestal;
-    int limit;  // above the highest compensated sum
-    bool ninths;
-};
-
-constexpr SumScale ScaleOf(const BinningRecipe& recipe) {
-    const int range = recipe.SumScale() << Shape(recipe.in).bits;
-    int shift = 0;
-    while (range << (shift + 1) <= 0x10000) ++shift;
-    return {shift, range / 16 << shift, range << shift, recipe.Divisor() % 9 == 0};
-}
-
-// floor(sum / 9) at the top of the lane, from 4 sum; exact, with the remainder's bits below.
 TARN_INLINE __m256i Ninths(__m256i sums) {
-    return _mm256_slli_epi16(_mm256_mulhi_epu16(sums, Words(58255)), 1);
+    return _mm256_slli_epi16(_mm256_mulhi_epu16(sums, Words(kNinth)), 1);
 }
 
 // Packs n blocks. Stage by stage: the instructions of one block depend on each other, and the
@@ -113,16 +94,6 @@ struct BinBlocks {
     }
 };
 
-template <Binning operation>
-void BinRow(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, int count, const EvRule* ev,
-            uint16_t* rowSum) {
-    using Blocks = BinBlocks<Recipe(operation)>;
-    if (ev && !GainIsServed(ev->gain, Blocks::kScale.pedestal)) {
-        return kScalarKernels.Bin(operation)(src, srcPitch, dst, count, ev, rowSum);
-    }
-    BinRowByBlocks<operation, Blocks>(src, srcPitch, dst, count, ev, rowSum);
-}
-
 template <class L>
 struct EvBlocks {
     static constexpr int kGroups = kLanes / L::kGroupPixels;
@@ -144,13 +115,6 @@ struct EvBlocks {
         }
     }
 };
-
-template <Layout layout>
-void EvRow(const uint8_t* src, uint8_t* dst, ptrdiff_t groups, const EvRule& ev) {
-    using L = LayoutType<layout>;
-    if (!GainIsServed(ev.gain, kPedestal)) return kScalarKernels.Ev(layout)(src, dst, groups, ev);
-    EvRowByBlocks<L, EvBlocks<L>>(src, dst, groups, ev);
-}
 
 // Values stand at the bottom of their lanes, on the pedestal of their own depth.
 void EvValues(uint16_t* values, ptrdiff_t count, const EvRule& ev) {
@@ -182,8 +146,8 @@ template <int... operation, int... layout>
 constexpr RowKernels MakeTable(std::integer_sequence<int, operation...>,
                                std::integer_sequence<int, layout...>) {
     return {"avx2",
-            {BinRow<Binning{operation}>...},
-            {EvRow<Layout{layout}>...},
+            {BinTopLanes<Binning{operation}, BinBlocks<Recipe(Binning{operation})>>...},
+            {EvTopLanes<Layout{layout}, EvBlocks<LayoutType<Layout{layout}>>>...},
             EvValues,
             {PackRow<Layout{layout}>...}};
 }

@@ -1,8 +1,6 @@
 // What the AVX2 pieces have in common. Included by avx2.cpp only.
 //
-// A vector is 16 lanes of 16 bits, in the order of the row. Pixels and sums stand at the top of
-// their lane: a 10-bit pixel is shifted left by 6, a 12-bit sum by 4, a 14-bit sum by 2. So the
-// black level of all is 4096, and one compensation and one packer per layout serve them all.
+// A vector is 16 lanes of 16 bits, in the order of the row, pixels or sums at the top of each.
 //
 // Blocks are 16 pixels of output. They read and write exactly their own bytes: where the second
 // half of a block is shorter than a vector load, the load ends with it and begins in the first.

@@ -3,6 +3,7 @@
 #include "engines/kernels/scalar.h"
 #ifdef __x86_64__
 #include "engines/kernels/avx2.h"
+#include "engines/kernels/avx512.h"
 #endif
 #ifdef __aarch64__
 #include "engines/kernels/neon.h"
@@ -11,10 +12,23 @@
 namespace tarn {
 namespace {
 
+#ifdef __x86_64__
+bool HasAvx2() {
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+}
+
+// Its rows end with kernels of the level below.
+bool HasAvx512() {
+    return HasAvx2() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+           __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vnni");
+}
+#endif
+
 constexpr Level kLevels[] = {
     {&kScalarKernels, [] { return true; }},
 #ifdef __x86_64__
-    {&kAvx2Kernels, [] { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); }},
+    {&kAvx2Kernels, HasAvx2},
+    {&kAvx512Kernels, HasAvx512},
 #endif
 #ifdef __aarch64__
     {&kNeonKernels, [] { return true; }},

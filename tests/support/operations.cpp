@@ -16,6 +16,12 @@
 #include "engines/bin_frame.h"
 #include "engines/ev_frame.h"
 
+namespace tarn {
+#ifdef TARN_EMULATED_AVX512
+extern const RowKernels kEmulatedAvx512Kernels;
+#endif
+}  // namespace tarn
+
 namespace tarn_test {
 namespace {
 
@@ -120,15 +126,20 @@ std::vector<TestedOperation> SelectedOperations() {
 const std::vector<Runner>& SelectedRunners() {
     static const std::vector<Runner> kRunners = [] {
         std::vector<Runner> runners;
-        if (Matches("TARN_TEST_LEVEL", "engine")) runners.push_back({"engine", nullptr});
-        for (const tarn::Level& level : tarn::Levels()) {
-            const char* name = level.kernels->name;
-            if (!level.supported()) {
+        const auto add = [&](const char* name, const tarn::RowKernels* kernels, bool supported) {
+            if (!supported) {
                 std::printf("SKIPPED %s\n", name);
             } else if (Matches("TARN_TEST_LEVEL", name)) {
-                runners.push_back({name, level.kernels});
+                runners.push_back({name, kernels});
             }
+        };
+        add("engine", nullptr, true);
+        for (const tarn::Level& level : tarn::Levels()) {
+            add(level.kernels->name, level.kernels, level.supported());
         }
+#ifdef TARN_EMULATED_AVX512
+        add("emulated512", &tarn::kEmulatedAvx512Kernels, __builtin_cpu_supports("avx2"));
+#endif
         return runners;
     }();
     return kRunners;
