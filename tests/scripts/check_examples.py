@@ -8,8 +8,8 @@ each verb's, in one folder, in that order. A document's examples are its sh bloc
 a folder of their own. What a text block right after one shows is what it must print; times may
 differ, and a line of three dots stands for any lines. A block that shows a complaint must fail.
 
-The files that examples may start from lie in the folder: photo.png, a picture, and photo.dng, a plain
-Bayer raw.
+What examples may start from lies in the folder: photo.png, a picture; photo.dng, a plain Bayer raw;
+golden, the golden vectors.
 """
 import os
 import pathlib
@@ -40,6 +40,7 @@ def fresh_folder(name):
     picture = numpy.stack([128 + 100 * numpy.sin(x / a) * numpy.cos(y / b) for a, b in ((90, 130), (70, 60), (150, 80))], 2)
     Image.fromarray(picture.astype("u1")).save(folder / "photo.png")
     make_raw = "tarn synth photo.png -q -o plain.raw -f qc10 --cell 1; tarn convert plain.raw -q -o photo.dng -f qc10 -s 1200x900; rm plain.raw"
+    (folder / "golden").symlink_to(pathlib.Path(__file__).resolve().parents[2] / "golden/vectors")
     assert shell(make_raw, folder) == (0, ""), shell(make_raw, folder)
     return folder
 
