@@ -7,7 +7,7 @@
 namespace tarn::tool {
 namespace {
 
-bool Begins(const Bytes& bytes, char digit) {
+bool Begins(const Bytes& bytes, uint8_t digit) {
     return bytes.size() > 2 && bytes[0] == 'P' && bytes[1] == digit;
 }
 

@@ -101,7 +101,7 @@ class PngReader {
 
 // A header can claim any size, and deflating makes at most 1032 bytes of one.
 void CheckClaim(const std::string& name, const PngReader& png, size_t bytes) {
-    constexpr int64_t kMostPixelsPerByte = 1032 * 8;
+    constexpr int64_t kMostPixelsPerByte = int64_t{1032} * 8;
     const int64_t pixels = png.Width() * png.Height();
     if (pixels <= int64_t(bytes) * kMostPixelsPerByte && pixels <= kMostBytes / 6) return;
     throw UserError(Text(name, ": claims ", png.Width(), "x", png.Height(), " pixels, but holds ",
