@@ -319,9 +319,10 @@ TEST(Extremes, OffsetsPastTwoGigabytes) {
         rows.push_back(src);
     };
     uint8_t* first = source;
-    tarn::EvFrame(tarn::Layout::QCRaw10, recording, first, first, 3, INT_MAX, 1.0f);
+    tarn::EvFrame(tarn::Layout::QCRaw10, recording, first, first, 4, INT_MAX, 1.0f);
     const ptrdiff_t pitch = INT_MAX;
-    EXPECT_EQ(rows, (std::vector<const uint8_t*>{first, first + pitch, first + 2 * pitch}));
+    EXPECT_EQ(rows, (std::vector<const uint8_t*>{first, first + pitch, first + 2 * pitch,
+                                                 first + 3 * pitch}));
 }
 
 TEST(Extremes, NothingToDoReturnsAtOnce) {
