@@ -1,0 +1,10 @@
+# aarch64 Linux by Debian's g++ in place of clang: its sanitizers run under emulation.
+include(${CMAKE_CURRENT_LIST_DIR}/aarch64-linux-gnu.cmake)
+set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
+set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
+foreach(language C CXX)
+  unset(CMAKE_${language}_COMPILER_TARGET)
+endforeach()
+foreach(kind EXE SHARED MODULE)
+  unset(CMAKE_${kind}_LINKER_FLAGS_INIT)
+endforeach()
