@@ -39,6 +39,7 @@ enum class TarnOperation {
 enum class TarnProblem {
     None,
     UnknownOption,        ///< neither 0 (QC) nor 1 (VX)
+    NoOperation,          ///< the family has none for this cell and these depths
     EmptyFrame,           ///< a width or height below 1
     FormatMismatch,       ///< the format codes do not describe what the operation reads and writes
     WidthMismatch,        ///< the widths, or heights, do not fit the cell of the operation
@@ -258,6 +259,42 @@ inline TarnOperation Choose(int option, int inFormat, int outFormat, const Buffe
     return twelve ? TarnOperation::QCTetra12 : TarnOperation::QCTetra10;
 }
 
+// The operation of a family for a cell and depths; None when there is none.
+inline TarnOperation Find(int option, int cell, int inBits, int outBits) {
+    const int first =
+        static_cast<int>(option == 1 ? TarnOperation::VXEVComp10 : TarnOperation::QCEVComp10);
+    const int last =
+        static_cast<int>(option == 1 ? TarnOperation::VXHexadeca : TarnOperation::QCHexadeca);
+    for (int i = first; i <= last && (option == 0 || option == 1); ++i) {
+        const Facts& facts = FactsOf(static_cast<TarnOperation>(i));
+        const bool writes =
+            facts.outBits == outBits || (facts.outBits == 0 && (outBits == 10 || outBits == 12));
+        if (facts.cell == cell && facts.inBits == inBits && writes) {
+            return static_cast<TarnOperation>(i);
+        }
+    }
+    return TarnOperation::None;
+}
+
+inline void ReportNone(TarnCall& call, int option, int cell, int inBits, int outBits) {
+    if (option != 0 && option != 1) {
+        Report(call, TarnProblem::UnknownOption, "option %d is no family: 0 is QC, 1 is VX",
+               option);
+    } else if (cell < 1 || cell > 4) {
+        Report(call, TarnProblem::NoOperation, "a cell has 1, 2, 3 or 4 pixels a side, not %d",
+               cell);
+    } else if (inBits == 12 && cell > 2) {
+        Report(call, TarnProblem::NoOperation,
+               "12-bit frames can be binned 2x2 only; %dx%d binning exists for 10 bits", cell,
+               cell);
+    } else {
+        Report(call, TarnProblem::NoOperation,
+               "no operation makes %d bits of %d with cell %d in the %s family; only VX frames "
+               "binned 2x2 or 4x4 have a choice of 10 or 12 bits",
+               outBits, inBits, cell, option == 1 ? "VX" : "QC");
+    }
+}
+
 }  // namespace tarn_checked
 /// @endcond
 
@@ -277,6 +314,18 @@ inline TarnCall TarnCheckOperation(TarnOperation operation, int outFormat, const
         const int outBits = facts.outBits != 0 ? facts.outBits : outFormat == 10 ? 12 : 10;
         CheckBinning(call, facts, info, outBits, srcBytes, dstBytes);
     }
+    return call;
+}
+
+/// What calling the engine itself would do: the operation of the family that makes pixels of
+/// outBits of cells of cell x cell pixels of inBits (cell 1: compensation only), whatever the
+/// width.
+inline TarnCall TarnCheckEngine(int option, int cell, int inBits, int outBits,
+                                const BufferInfo& info, long long srcBytes, long long dstBytes) {
+    using namespace tarn_checked;
+    const TarnOperation operation = Find(option, cell, inBits, outBits);
+    TarnCall call = TarnCheckOperation(operation, outBits == 12 ? 10 : 0, info, srcBytes, dstBytes);
+    if (operation == TarnOperation::None) ReportNone(call, option, cell, inBits, outBits);
     return call;
 }
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <map>
 #include <random>
 #include <string>
 
@@ -85,6 +87,30 @@ TEST(Checked, ChoosesWhatTheDispatcherChooses) {
     }
 }
 
+// A family has an operation for a cell and depths exactly where the reference has one.
+TEST(Checked, FindsWhatTheEnginesHave) {
+    using tarn_reference::Packing;
+    const auto isVX = [](Packing p) { return p == Packing::VXRaw10 || p == Packing::VXRaw12; };
+    const auto bits = [](Packing p) {
+        return p == Packing::QCRaw12 || p == Packing::VXRaw12 ? 12 : 10;
+    };
+    std::map<std::array<int, 4>, TarnOperation> operations;
+    for (const Pair& pair : kPairs) {
+        const tarn_reference::Operation& rule = Rule(pair.reference);
+        if (rule.lineBytes != 0) continue;  // the NEON engine, of neither family
+        operations[{isVX(rule.in), rule.cell, bits(rule.in), bits(rule.out)}] = pair.checked;
+    }
+    ASSERT_EQ(operations.size(), 15u);
+    for (int i = 0; i < 4 * 6 * 3 * 3; ++i) {
+        const int option = i % 4 - 1, cell = i / 4 % 6, in = 10 + i / 24 % 3, out = 10 + i / 72;
+        const auto found = operations.find({option, cell, in, out});
+        const BufferInfo info = {48, 60, 12, 12, 60, 3};
+        const TarnCall call = TarnCheckEngine(option, cell, in, out, info, kPlenty, kPlenty);
+        EXPECT_EQ(call.operation, found == operations.end() ? TarnOperation::None : found->second);
+        if (found == operations.end()) EXPECT_NE(call.sentence[0], '\0');
+    }
+}
+
 TEST(Checked, NamesTheBytesThatAreTouched) {
     std::mt19937 random(20);
     int accepted = 0;
@@ -141,6 +167,10 @@ TEST(Checked, SaysTheFirstThingWrong) {
     const TarnCall neon = TarnCheckOperation(TarnOperation::NEONTetra10, 0,
                                              {8200, 10250, 2, 4100, 5125, 1}, kPlenty, kPlenty);
     EXPECT_EQ(neon.problem, TarnProblem::WidthOverLine);
+    const TarnCall deep = TarnCheckEngine(1, 3, 12, 12, {9, 24, 3, 3, 6, 1}, kPlenty, kPlenty);
+    EXPECT_EQ(deep.problem, TarnProblem::NoOperation);
+    EXPECT_STREQ(deep.sentence,
+                 "12-bit frames can be binned 2x2 only; 3x3 binning exists for 10 bits");
     const TarnCall small =
         TarnCheckOperation(TarnOperation::VXTetra10, 0, {8, 10, 2, 4, 5, 1}, 19, 5);
     EXPECT_STREQ(small.sentence,
