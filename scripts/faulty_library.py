@@ -27,6 +27,8 @@ STAGES = [
     ('host_platform', './host_platform_test', 10),
     ('engines', 'env TARN_TEST_GAINS=5 ./engines_test', 15),
     ('differential_RandomFrames', f'env TARN_TEST_CASES=20000 ./{FRAMES}RandomFrames', 20),
+    ('differential_scalar', f'env TARN_TEST_LEVEL=scalar TARN_TEST_CASES=1000 ./{FRAMES}RandomFrames', 20),
+    ('differential_avx2', f'env TARN_TEST_LEVEL=avx2 TARN_TEST_CASES=1000 ./{FRAMES}RandomFrames', 20),
     ('other_compiler_client', f"sh -c '{CLIENT} && ./client'", 20),
     ('binary', f'{CHECKS}/check_binary.sh libTarn.camera.mirova.so nm readelf {ROOT}/tests/exports.txt 0', 10),
     ('kernel_objects', f"sh -c '{CHECKS}/check_kernels.sh nm CMakeFiles/tarn_objects.dir/engines/kernels/*.o'", 10),
@@ -76,8 +78,8 @@ class Bench:
             if not self.arm:
                 yield name, command, seconds
             elif command.startswith(('./', 'env')) and 'qemu' not in command:
-                # Under emulation a twentieth of the work is the everyday amount.
-                yield name, re.sub(r'(?=\./\w+_test)', EMULATOR, command), 5 * seconds
+                command = command.replace('=avx2', '=neon')
+                yield name.replace('avx2', 'neon'), re.sub(r'(?=\./\w+_test)', EMULATOR, command), 5 * seconds
 
     def link(self, program, folder):
         """The command that links a program, or the library, from a worker's objects."""

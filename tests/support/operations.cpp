@@ -126,10 +126,13 @@ std::vector<TestedOperation> SelectedOperations() {
 const std::vector<Runner>& SelectedRunners() {
     static const std::vector<Runner> kRunners = [] {
         std::vector<Runner> runners;
+        bool known = false;
         const auto add = [&](const char* name, const tarn::RowKernels* kernels, bool supported) {
+            const bool asked = Matches("TARN_TEST_LEVEL", name);
+            known = known || asked;
             if (!supported) {
                 std::printf("SKIPPED %s\n", name);
-            } else if (Matches("TARN_TEST_LEVEL", name)) {
+            } else if (asked) {
                 runners.push_back({name, kernels});
             }
         };
@@ -140,6 +143,7 @@ const std::vector<Runner>& SelectedRunners() {
 #ifdef TARN_EMULATED_AVX512
         add("emulated512", &tarn::kEmulatedAvx512Kernels, __builtin_cpu_supports("avx2"));
 #endif
+        if (!known) throw std::invalid_argument("TARN_TEST_LEVEL names no level");
         return runners;
     }();
     return kRunners;
