@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <numeric>
@@ -193,7 +194,9 @@ uint16_t Compensated(unsigned value, int depth, float gain) {
 TEST_F(Values, CompensationIsFusedForEveryValueDepthAndGain) {
     std::vector<uint16_t> all(65536), expected(65536);
     std::iota(all.begin(), all.end(), uint16_t{0});
-    for (const float gain : ManyGains()) {
+    const std::vector<float> gains = ManyGains();
+    std::printf("%zu gains x %zu levels\n", gains.size(), SelectedRunners().size());
+    for (const float gain : gains) {
         for (int depth = 10; depth <= 16; ++depth) {
             for (const uint16_t v : all) expected[v] = Compensated(v, depth, gain);
             for (const Runner& runner : SelectedRunners()) {
