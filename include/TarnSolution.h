@@ -5,6 +5,10 @@
 /// order, then Release, then TarnSolution_destroy. One object must not be used from two threads at
 /// once; separate objects share nothing.
 ///
+/// The client's errno, rounding mode and signals are left as they are. Gains assume rounding to
+/// nearest, which is a thread's usual mode; under another one a compensated value may be cut to its
+/// neighbour.
+///
 /// This header compiles alone, as C++11 and later.
 #ifndef TARN_SOLUTION_H_
 #define TARN_SOLUTION_H_
