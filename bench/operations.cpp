@@ -16,6 +16,7 @@ constexpr const char* kBinningNames[kBinningCount] = {
     "QCNona",    "VXNona",    "QCHexadeca", "VXHexadeca",    "VXHexadecaTo12"};
 constexpr const char* kEvNames[kLayoutCount] = {"QCEVComp10", "QCEVComp12", "VXEVComp10",
                                                 "VXEVComp12"};
+constexpr const char* kPackNames[kLayoutCount] = {"QCPack10", "QCPack12", "VXPack10", "VXPack12"};
 
 FrameOperation BinOperation(Binning binning, double inPixels, int outWidth, float gain) {
     const BinningRecipe& recipe = Recipe(binning);
@@ -50,6 +51,43 @@ FrameOperation EvOperation(Layout layout, double inPixels, int width) {
             }};
 }
 
+// Values of 16 bits, a row at a time, to whole groups.
+FrameOperation PackOperation(Layout layout, double inPixels, int width) {
+    const int height = std::max(1, static_cast<int>(inPixels / width));
+    const ptrdiff_t groups = CeilDiv(width, Shape(layout).pixels);
+    const ptrdiff_t values = groups * Shape(layout).pixels, bytes = groups * Shape(layout).bytes;
+    const double pixels = double{1} * width * height;
+    return {std::string(kPackNames[static_cast<int>(layout)]) + "/plain",
+            static_cast<size_t>(2 * values * height),
+            static_cast<size_t>(bytes * height),
+            pixels,
+            pixels,
+            [=](const RowKernels& kernels, const uint8_t* src, uint8_t* dst) {
+                const auto* row = reinterpret_cast<const uint16_t*>(src);
+                for (int y = 0; y < height; ++y, row += values, dst += bytes) {
+                    kernels.Pack(layout)(row, dst, groups, 16 - Shape(layout).bits);
+                }
+            }};
+}
+
+// Values of 14 bits, a row at a time, in place: what is read is written.
+FrameOperation EvValuesOperation(double inPixels, int width) {
+    const int height = std::max(1, static_cast<int>(inPixels / width));
+    const double pixels = double{1} * width * height;
+    const size_t bytes = size_t{2} * width * height;
+    return {"EVCompValues/gain",
+            bytes,
+            bytes,
+            pixels,
+            pixels,
+            [=](const RowKernels& kernels, const uint8_t*, uint8_t* dst) {
+                auto* row = reinterpret_cast<uint16_t*>(dst);
+                for (int y = 0; y < height; ++y, row += width) {
+                    kernels.EvValues()(row, width, EvRuleOfDepth(14, kGain));
+                }
+            }};
+}
+
 }  // namespace
 
 std::vector<FrameOperation> FrameOperations(double inPixels, int outWidth) {
@@ -61,6 +99,10 @@ std::vector<FrameOperation> FrameOperations(double inPixels, int outWidth) {
     }
     for (int i = 0; i < kLayoutCount; ++i) {
         all.push_back(EvOperation(Layout{i}, inPixels, outWidth));
+    }
+    all.push_back(EvValuesOperation(inPixels, outWidth));
+    for (int i = 0; i < kLayoutCount; ++i) {
+        all.push_back(PackOperation(Layout{i}, inPixels, outWidth));
     }
     return all;
 }

@@ -1,6 +1,7 @@
 // The library beside what people use instead: OpenCV and libyuv as they are ordinarily used (unpack
 // to 16 bits, scale by the cell with area averaging, pack again), one thread, and a copy of the
-// input.
+// input. Each peer twice: as plain user code has it, where every frame makes its own images, and
+// with the images between its steps kept from frame to frame.
 //
 // Prints each peer's time as a multiple of ours: medians of interleaved runs over rotating buffers.
 #include <libyuv/scale.h>
@@ -30,7 +31,7 @@ constexpr int kPitch = kWidth / 4 * 5;
 constexpr float kGain = 1.37f;
 constexpr float kPedestal = 64.0f;
 
-// The frames between a peer's steps, kept from one run to the next as a careful client would.
+// The images between a peer's steps.
 struct Frames {
     cv::Mat pixels, result;
 };
@@ -116,6 +117,22 @@ struct Peer {
     bool sameResult;
 };
 
+using Work = std::function<void(const Bytes& src, Bytes& dst, Frames& frames)>;
+
+// The peer with images of its own for each frame, and with kept ones.
+void AddBothWays(std::vector<Peer>& peers, const char* fresh, const char* kept, const Work& work,
+                 bool sameResult) {
+    static Frames keptFrames;
+    peers.push_back({fresh,
+                     [work](const Bytes& src, Bytes& dst) {
+                         Frames frames;
+                         work(src, dst, frames);
+                     },
+                     sameResult});
+    peers.push_back(
+        {kept, [work](const Bytes& src, Bytes& dst) { work(src, dst, keptFrames); }, sameResult});
+}
+
 void Compare(const char* operation, int cell, const Peer& ours, const std::vector<Peer>& peers,
              int rounds) {
     const size_t outBytes = size_t{kPitch} / static_cast<size_t>(cell) * (kHeight / cell);
@@ -154,7 +171,6 @@ int main(int argc, char** argv) {
     const int rounds = argc > 1 ? std::max(3, std::atoi(argv[1])) : 9;
     cv::setNumThreads(1);
     TarnQCEngine engine;
-    Frames frames;
     using Bin = int (TarnQCEngine::*)(unsigned char*, unsigned char*, BufferInfo, SensorInfo);
 
     const Peer copy = {
@@ -183,19 +199,23 @@ int main(int argc, char** argv) {
                                                      info, {1.0f, 1.0f});
                            },
                            true};
-        const Peer openCv = {"OpenCV",
-                             [&](const Bytes& src, Bytes& dst) {
-                                 Unpack(src, frames);
-                                 Pack(ScaleOpenCv(frames, cell), dst, kPitch / cell);
-                             },
-                             cell != 4};
-        const Peer yuv = {"libyuv",
-                          [&](const Bytes& src, Bytes& dst) {
-                              Unpack(src, frames);
-                              Pack(ScaleLibyuv(frames, cell), dst, kPitch / cell);
-                          },
-                          cell != 4};
-        Compare(pattern.name, cell, ours, {openCv, yuv, copy}, rounds);
+        std::vector<Peer> peers;
+        AddBothWays(
+            peers, "OpenCV", "kept",
+            [cell](const Bytes& src, Bytes& dst, Frames& frames) {
+                Unpack(src, frames);
+                Pack(ScaleOpenCv(frames, cell), dst, kPitch / cell);
+            },
+            cell != 4);
+        AddBothWays(
+            peers, "libyuv", "kept",
+            [cell](const Bytes& src, Bytes& dst, Frames& frames) {
+                Unpack(src, frames);
+                Pack(ScaleLibyuv(frames, cell), dst, kPitch / cell);
+            },
+            cell != 4);
+        peers.push_back(copy);
+        Compare(pattern.name, cell, ours, peers, rounds);
     }
 
     const BufferInfo same = {kWidth, kPitch, kHeight, kWidth, kPitch, kHeight};
@@ -205,12 +225,15 @@ int main(int argc, char** argv) {
             engine.EVComp_10bit(const_cast<uint8_t*>(src.data()), dst.data(), same, {1.0f, kGain});
         },
         true};
-    const Peer openCv = {"OpenCV",
-                         [&](const Bytes& src, Bytes& dst) {
-                             Unpack(src, frames);
-                             Pack(CompensateOpenCv(frames), dst, kPitch);
-                         },
-                         true};
-    Compare("EV", 1, ours, {openCv, copy}, rounds);
+    std::vector<Peer> peers;
+    AddBothWays(
+        peers, "OpenCV", "kept",
+        [](const Bytes& src, Bytes& dst, Frames& frames) {
+            Unpack(src, frames);
+            Pack(CompensateOpenCv(frames), dst, kPitch);
+        },
+        true);
+    peers.push_back(copy);
+    Compare("EV", 1, ours, peers, rounds);
     return 0;
 }
