@@ -27,9 +27,12 @@ JUDGED = ROOT / 'tests/faults/equivalent_mutants.txt'
 
 
 def lines_of(text, start, end, other):
-    """The whole lines around a change, before and after, each as one line of words."""
+    """The whole lines around a change, before and after, each as one line of words; as many of those
+    above them as it takes to name one place in the file."""
     first = text.rfind('\n', 0, start) + 1
     last = text.find('\n', end)
+    while text.count('\n' + text[first:last] + '\n') > 1:
+        first = text.rfind('\n', 0, first - 1) + 1
     one = lambda lines: ' '.join(lines.split())
     return one(text[first:last]), one(text[first:start] + other + text[end:last])
 
@@ -61,6 +64,10 @@ def draw(arm, seed, find):
                     by_line.setdefault((file, line), []).append((file, text, start, end, other, kind, before, after))
     order = random.Random(seed)
     drawn = []
+    there = {(m[0], m[6], after) for line in by_line.values() for m in line for after in (m[7], '*')}
+    for file, before, after in set(judged()) - there:
+        if ('neon' in file) == arm and not find:
+            print(f'judged, but no mutant any more:\n@ {file}\n- {before}\n+ {after}')
     for key in sorted(by_line):
         order.shuffle(by_line[key])
         drawn += [(turn, order.random(), mutant) for turn, mutant in enumerate(by_line[key])]
