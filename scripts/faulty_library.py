@@ -41,6 +41,7 @@ STAGES = [
     ('differential_RandomFrames', f'./{FRAMES}RandomFrames', 400),
 ]
 PROGRAMS = sorted(set(re.findall(r'\./(\w+_test)', ' '.join(stage[1] for stage in STAGES))))
+SUPPORT = 'CMakeFiles/tarn_test_support.dir'
 EMULATOR = 'qemu-aarch64 -L /usr/aarch64-linux-gnu '
 
 
@@ -63,10 +64,12 @@ class Bench:
                 sys.exit(done.stdout + done.stderr)
         self.objects = {}
         for entry in json.loads((self.base / 'compile_commands.json').read_text()):
-            if 'tarn_objects.dir' in entry['command']:
-                output = re.search(r' -o (\S+)', entry['command']).group(1)
-                self.objects[output] = entry['command']
+            output = re.search(r' -o (\S+)', entry['command']).group(1)
+            # The library's, and its source that the tests compile for processors that lack a level.
+            if 'tarn_objects.dir' in output or '/emulated/' in output:
+                self.objects[os.path.relpath(Path(entry['directory']) / output, self.base)] = entry['command']
         self.includes = {o: (self.base / (o + '.d')).read_text() for o in self.objects}
+        self.support = {str(o.relative_to(self.base)): None for o in self.base.glob(f'tests/{SUPPORT}/**/*.o')}
 
     def objects_of(self, file):
         """The objects that a change of this file may change."""
@@ -86,7 +89,7 @@ class Bench:
         inside = '' if program == 'tarn' else 'tests/'
         output = 'libTarn.camera.mirova.so' if program == 'tarn' else program
         text = (self.base / inside / f'CMakeFiles/{program}.dir/link.txt').read_text().strip()
-        text = text.replace('../libtarn_objects.a', f'{folder}/libtarn_objects.a')
+        text = re.sub(r'(?<=\s)\S*(libtarn_objects|libtarn_test_support)\.a', rf'{folder}/\1.a', text)
         text = re.sub(r'(?<=\s)\S*/libTarn\.camera\.mirova\.so', f'{folder}/libTarn.camera.mirova.so', text)
         text = text.replace(f'-rpath,{self.base}', f'-rpath,{folder}')
         text = text.replace(f'{self.base}/exports.map', f'{folder}/exports.map')
@@ -103,9 +106,9 @@ class Worker:
         self.folder = bench.work / f'worker{number}'
         self.exports = (bench.base / 'exports.map').read_text()
         shutil.rmtree(self.folder, ignore_errors=True)
-        for name in (*FOLDERS, 'include'):
+        for name in (*FOLDERS, 'include', 'tests/support'):
             shutil.copytree(ROOT / name, self.folder / 'tree' / name)
-        for output in bench.objects:
+        for output in {**bench.objects, **bench.support}:
             (self.folder / output).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(bench.base / output, self.folder / output)
 
@@ -141,11 +144,15 @@ class Worker:
         return run(shlex.split(command), cwd=self.folder, timeout=900).returncode == 0
 
     def link(self):
-        (self.folder / 'libtarn_objects.a').unlink(missing_ok=True)
-        objects = [str(self.folder / o) for o in self.bench.objects]
-        archive = ['llvm-ar-19' if self.bench.arm else 'ar', 'qcs', str(self.folder / 'libtarn_objects.a')]
         links = [self.bench.link(p, self.folder) for p in ('tarn', *PROGRAMS)]
-        return all(run(command).returncode == 0 for command in ([*archive, *objects], *links))
+        archives = [self.archive('libtarn_objects.a', [o for o in self.bench.objects if '/emulated/' not in o]),
+                    self.archive('libtarn_test_support.a', self.bench.support)]
+        return all(run(command).returncode == 0 for command in (*archives, *links))
+
+    def archive(self, name, objects):
+        (self.folder / name).unlink(missing_ok=True)
+        archiver = 'llvm-ar-19' if self.bench.arm else 'ar'
+        return [archiver, 'qcs', str(self.folder / name), *(str(self.folder / o) for o in objects)]
 
     def test(self):
         for name, command, seconds in self.bench.stages():

@@ -8,8 +8,8 @@ packages_arm="g++-aarch64-linux-gnu qemu-user"
 packages_lint="clang-format-14 clang-tidy-14 doxygen git"
 packages_bench="libbenchmark-dev libcairo2-dev nlohmann-json3-dev pkg-config"
 packages_peers="libopencv-core-dev libopencv-imgproc-dev libyuv-dev"
-packages_check="valgrind cppcheck abigail-tools binutils-aarch64-linux-gnu"
 packages_avx512="bochs bochsbios isolinux syslinux-common xorriso cpio" # not installed by itself
+packages_check="valgrind cppcheck abigail-tools binutils-aarch64-linux-gnu gcovr"
 packages_android="libc++-19-dev android-liblog-dev"
 
 as_root() {
