@@ -5,11 +5,11 @@ packages_tool="libcli11-dev libraw-dev libpng-dev libtiff-dev nlohmann-json3-dev
 packages_test="googletest libsimde-dev qemu-user binutils python3 python3-numpy python3-pil libraw-bin"
 packages_clang="clang-19 lld-19 llvm-19 libclang-rt-19-dev"
 packages_arm="g++-aarch64-linux-gnu qemu-user"
-packages_lint="clang-format-14 clang-tidy-14 doxygen git"
+packages_lint="clang-format-14 clang-tidy-14 cppcheck doxygen git"
 packages_bench="libbenchmark-dev libcairo2-dev nlohmann-json3-dev pkg-config"
 packages_peers="libopencv-core-dev libopencv-imgproc-dev libyuv-dev"
 packages_avx512="bochs bochsbios isolinux syslinux-common xorriso cpio" # not installed by itself
-packages_check="valgrind cppcheck abigail-tools binutils-aarch64-linux-gnu gcovr"
+packages_check="valgrind abigail-tools binutils-aarch64-linux-gnu gcovr"
 packages_android="libc++-19-dev android-liblog-dev"
 
 as_root() {
