@@ -85,7 +85,8 @@ FrameOperation EvValuesOperation(double inPixels, int width) {
                 for (int y = 0; y < height; ++y, row += width) {
                     kernels.EvValues()(row, width, EvRuleOfDepth(14, kGain));
                 }
-            }};
+            },
+            true};
 }
 
 }  // namespace

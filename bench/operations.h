@@ -20,6 +20,7 @@ struct FrameOperation {
     double inPixels;
     double outPixels;
     std::function<void(const RowKernels&, const uint8_t* src, uint8_t* dst)> run;
+    bool inPlace = false;  // reads and writes dst only
 };
 
 // Every operation, with and without a gain where it has the choice, on frames of about inPixels.
