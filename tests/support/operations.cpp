@@ -136,6 +136,9 @@ const std::vector<Runner>& SelectedRunners() {
                 runners.push_back({name, kernels});
             }
         };
+        if (!tarn::Levels().begin()->supported()) {
+            throw std::logic_error("the defining level runs everywhere");
+        }
         add("engine", nullptr, true);
         for (const tarn::Level& level : tarn::Levels()) {
             add(level.kernels->name, level.kernels, level.supported());
