@@ -107,7 +107,10 @@ TEST(Checked, FindsWhatTheEnginesHave) {
         const BufferInfo info = {48, 60, 12, 12, 60, 3};
         const TarnCall call = TarnCheckEngine(option, cell, in, out, info, kPlenty, kPlenty);
         EXPECT_EQ(call.operation, found == operations.end() ? TarnOperation::None : found->second);
-        if (found == operations.end()) EXPECT_NE(call.sentence[0], '\0');
+        EXPECT_EQ(
+            call.operation == TarnOperation::None,
+            call.problem == TarnProblem::NoOperation || call.problem == TarnProblem::UnknownOption)
+            << call.sentence;
     }
 }
 
