@@ -152,6 +152,13 @@ TEST_F(ConvertTest, ADngTellsADeveloperEverything) {
         EXPECT_EQ(colour.maximum, 1000u);
         EXPECT_NEAR(colour.cam_mul[0] / colour.cam_mul[1], 2.0, 0.01);
         EXPECT_NEAR(colour.cam_mul[2] / colour.cam_mul[1], 1.6, 0.01);
+        // A DNG made of the DNG tells the same.
+        Convert("frame.dng -o again.dng");
+        const auto again = std::make_unique<LibRaw>();
+        ASSERT_EQ(again->open_file("again.dng"), LIBRAW_SUCCESS);
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_NEAR(again->imgdata.color.cam_mul[i], colour.cam_mul[i], 0.001);
+        }
         const ushort* pixels = raw->imgdata.rawdata.raw_image;
         for (int i = 0; i < kWidth * kHeight; ++i) {
             const size_t at = size_t(i / kWidth) * (raw->imgdata.sizes.raw_pitch / 2u);

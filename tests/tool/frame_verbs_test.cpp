@@ -91,7 +91,7 @@ TEST_F(FrameVerbs, VerifyAgreesAndFindsAPlantedDifference) {
 
     ASSERT_EQ(Tarn("synth mosaic.pgm -o a.raw --cell 1 -f qc10"), 0);
     EXPECT_EQ(
-        Shell("LD_PRELOAD=" TARN_DIFFERING_LIBRARY " tarn verify a.raw -f qc10 -s 60x48 --cell 2"),
+        Shell("LD_PRELOAD=" TARN_DIFFERING_LIBRARY " tarn verify a.raw -f qc10 -s 60x48 --cell 2 --threads 1"),
         1);
     EXPECT_NE(said_.find("pixel (5, 3) is "), std::string::npos) << said_;
     EXPECT_NE(said_.find("; 1 of 720 pixels differ"), std::string::npos) << said_;
@@ -124,6 +124,12 @@ TEST_F(FrameVerbs, InspectCountsWhatIsThere) {
     EXPECT_DOUBLE_EQ(answer["gain"]["clipped"], 1 / 32.0);
 
     ASSERT_EQ(Tarn("inspect a.raw -f qc10 -s 16x8 --pitch 23 --cell 2 --svg a.svg --png a.png"), 0);
+    // The second of two frames after a header.
+    Write("two.raw", "header" + std::string(8 * 23, '\0') + Read("a.raw"));
+    const json second =
+        Ask("inspect two.raw --offset 6 --frame 1 -f pRAA -s 16x8 --pitch 23 --cell 2 --gain 2");
+    EXPECT_EQ(second["colours"], answer["colours"]);
+    EXPECT_EQ(second["gain"], answer["gain"]);
     EXPECT_EQ(Read("a.png").substr(1, 3), "PNG");
     EXPECT_NE(Read("a.svg").find("</svg>"), std::string::npos);
 }
@@ -181,6 +187,7 @@ TEST_F(FrameVerbs, BenchReportsFiguresThatFitEachOther) {
     EXPECT_NEAR(answer["input_gigabytes_per_second"].get<double>() * milliseconds, 803 * 480 / 1e6,
                 1e-6);
     EXPECT_GT(answer["ratio_to_memcpy"], 0);
+    EXPECT_FALSE(answer["level"].get<std::string>().empty());
 }
 
 TEST_F(FrameVerbs, WrongRequestsAreRefusedInOneLine) {
@@ -200,6 +207,13 @@ TEST_F(FrameVerbs, WrongRequestsAreRefusedInOneLine) {
         {"verify frame.raw -f qc10 -s 16x9 --cell 2", "holds 160 bytes"},
         {"verify frame.raw -f qc12 -s 16x6 --cell 3", "12-bit frames can be binned 2x2 only"},
         {"verify frame.raw -f qc10 -s 16x8 --cell 2 --out-bits 11", "--out-bits"},
+        {"verify frame.raw -f SRGGB10 -s 16x8 --cell 2", "25 pixels in 32 bytes"},
+        {"verify frame.raw -f qc10 -s 16x4 --cell 2 --frame all", "one frame is looked at"},
+        {"verify frame.raw -f qc10 -s 16x8 --cell 3 --out-bits 12", "no operation makes 12 bits"},
+        {"inspect frame.raw --frame 1", "where frames begin is known with"},
+        {"inspect frame.raw --offset 200", "no frame of what is given"},
+        {"inspect frame.raw --family qc", "-f, or --family and --bits"},
+        {"bench -f qc10 -s 16x8 --cell 2 --pitch auto", "are of a file, and none is given"},
         {"inspect absent.raw", "absent.raw: cannot be read"},
         {"inspect frame.raw", "too small or too uniform"},
         {"inspect words.raw", "looks like samples in 16-bit words"},
@@ -209,7 +223,7 @@ TEST_F(FrameVerbs, WrongRequestsAreRefusedInOneLine) {
         {"inspect frame.raw --pitch 200", "no frame of what is given"},
         {"inspect frame.raw --pitch 2", "no frame of what is given"},
         {"bench -f qc10 -s 1000000000x1000000000 --cell 2", "at most 4,294,967,296"},
-        {"bench -f qc10 -s 2x2 --cell 3", "width and height must be at least 1"},
+        {"bench -f qc10 -s 2x2 --cell 3", "the frame: 2x2 to 0x0 is an empty frame"},
         {"bench -f qc10 -s 16x8 --cell 2 --rounds 0", "--rounds"},
         {"bench absent.raw -f qc10 -s 16x8 --cell 2", "absent.raw: cannot be read"},
     };

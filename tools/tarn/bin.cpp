@@ -1,7 +1,13 @@
 // tarn bin: packed frames through the library.
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <span>
+#include <vector>
 
-#include "tools/tarn/frame_file.h"
+#include "tools/tarn/bin_frames.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/output.h"
 #include "tools/tarn/result.h"
@@ -10,143 +16,248 @@
 namespace tarn::tool {
 namespace {
 
+using Json = nlohmann::json;
+
 struct Options {
-    std::string raw;
-    std::string gain = "1.0";
-    std::string outBits;
+    std::vector<std::string> raws;
     FrameOptions frame;
+    TaskOptions task;
     ResultOptions result;
+    ThreadOptions threads;
     ReportOptions report;
 };
 
-float ParseGain(const std::string& text) {
-    constexpr float kMost = 1e6f;
-    char* end = nullptr;
-    const float gain = std::strtof(text.c_str(), &end);
-    if (text.empty() || *end || !(gain >= 0 && gain <= kMost)) {
-        throw UserError(Text("--gain: \"", text, "\" is not a number from 0 to 1,000,000"));
+// A run of the verb: what is asked for, and what came of it.
+struct Job {
+    const Options& options;
+    FrameSpec spec;
+    BinPlan plan;
+    Target target;
+    std::vector<FrameRun> runs{};
+    std::vector<std::string> failures{};  // of files that could not be begun
+    BinOutcome outcome{};
+    double seconds = 0;
+
+    bool Quiet() const { return options.report.Quiet(); }
+    // One file for each frame, so that what is wrong with one need not concern the others.
+    bool Separate() const {
+        const NamePattern pattern(options.result.out);
+        return pattern.Numbers() || pattern.NamesInput();
     }
-    return gain;
-}
+};
 
-Layout OutputLayout(Layout in, const std::string& outBits) {
-    if (outBits.empty()) return in;
-    const int64_t bits = ParseNumber("--out-bits", outBits, 10, 12);
-    if (bits == 11) throw UserError("--out-bits: 11 is neither 10 nor 12");
-    if (IsVX(in)) return bits == 12 ? Layout::VXRaw12 : Layout::VXRaw10;
-    return bits == 12 ? Layout::QCRaw12 : Layout::QCRaw10;
-}
-
-void Require(const BinTask& task) {
-    const std::string objection = Objection(task);
-    if (!objection.empty()) throw UserError(objection);
-}
-
-BinTask MakeTask(const Options& options, const FrameSpec& spec) {
-    BinTask task{spec.frame, {}, spec.cell, ParseGain(options.gain)};
-    // One that is to be derived is known once the file is.
-    if (task.in.pitch == 0) task.in.pitch = task.in.RowBytes();
-    if (std::min(task.in.width, task.in.height) < task.cell) {
-        throw UserError(Text("-s: ", options.frame.size, " holds no ", task.cell, "x", task.cell,
-                             " cell; both sides must be at least ", task.cell));
-    }
-    task.out = {OutputLayout(task.in.layout, options.outBits), task.in.width / task.cell,
-                task.in.height / task.cell, 0};
-    SetPitch("--out-pitch", options.result.pitch, &task.out);
-    Require(task);
-    return task;
+Bytes Encode(const Job& job, std::span<const uint8_t> packed) {
+    Picture picture{.width = job.target.packed.width,
+                    .height = job.target.packed.height,
+                    .bits = job.target.bits,
+                    .codes = Unpack(job.target.packed, packed.data()),
+                    .colours = job.spec.colours};
+    UseOurLevels(&picture);
+    ApplyLevels(job.options.result.levels, &picture);
+    return Encode(job.target, std::move(picture));
 }
 
 // What is done, but may not be what was meant.
-void SayNotes(const Options& options, const BinTask& task, const FrameRun& run) {
-    const bool quiet = options.report.Quiet();
-    SayLeftOver(run, quiet);
+void SayNotes(const Job& job) {
+    const BinTask& task = job.plan.task;
+    if (!job.spec.coloursKnown) SayAssumedColours(job.target, job.spec.colours, job.Quiet());
+    for (const FrameRun& run : job.runs) SayLeftOver(run, job.Quiet());
     if (task.in.width % task.cell || task.in.height % task.cell) {
-        Say(quiet, "note: ", options.frame.size, " is not a whole number of cells: the last ",
-            task.in.width % task.cell, " columns and ", task.in.height % task.cell,
-            " rows are left out");
+        Say(job.Quiet(), "note: ", job.options.frame.size,
+            " is not a whole number of cells: the last ", task.in.width % task.cell,
+            " columns and ", task.in.height % task.cell, " rows are left out");
     }
     if (task.cell > 1 && task.gain < 1) {
-        Say(quiet, "note: binning applies a gain above 1.0 only; ", options.gain,
+        Say(job.Quiet(), "note: binning applies a gain above 1.0 only; ", job.options.task.gain,
             " changes nothing");
     }
 }
 
-Bytes Encode(const Options& options, const Target& target, const std::string& colours,
-             Bytes packed) {
-    if (target.kind == FileKind::Packed) return packed;
-    Picture picture{.width = target.packed.width,
-                    .height = target.packed.height,
-                    .bits = target.bits,
-                    .codes = Unpack(target.packed, packed.data()),
-                    .colours = colours};
-    UseOurLevels(&picture);
-    ApplyLevels(options.result.levels, &picture);
-    return Encode(target, std::move(picture));
+Json JsonReport(const Job& job, const std::vector<std::string>& names) {
+    const auto describe = [](const PackedFrame& frame) {
+        return Json{{"layout", LayoutName(frame.layout)},
+                    {"width", frame.width},
+                    {"height", frame.height},
+                    {"pitch", frame.pitch}};
+    };
+    const auto milliseconds = [](int64_t nanoseconds) { return double(nanoseconds) / 1e6; };
+    const BinTimes& times = job.outcome.times;
+    int64_t leftOver = 0;
+    for (const FrameRun& run : job.runs) leftOver += run.leftOver;
+    Json failures = job.failures;
+    for (const auto& [frame, reason] : job.outcome.failures) failures.push_back(reason);
+    return {{"inputs", job.options.raws},
+            {"outputs", names},
+            {"from", describe(job.runs.empty() ? job.plan.task.in : job.runs.front().frame)},
+            {"to", describe(job.plan.task.out)},
+            {"frames", job.outcome.frames.load()},
+            {"bytes_left_over", leftOver},
+            {"cell", job.plan.task.cell},
+            {"gain", job.plan.task.gain},
+            {"threads", job.plan.threads},
+            {"failures", failures},
+            {"milliseconds", milliseconds(times.library)},
+            {"milliseconds_reading", milliseconds(times.reading)},
+            {"milliseconds_encoding", milliseconds(times.encoding)},
+            {"milliseconds_writing", milliseconds(times.writing)},
+            {"milliseconds_elapsed", job.seconds * 1e3}};
 }
 
-nlohmann::json JsonReport(const Options& options, const std::vector<std::string>& names,
-                          const BinTask& task, const FrameRun& run, double milliseconds) {
-    const auto describe = [](const PackedFrame& frame) {
-        return nlohmann::json{{"layout", LayoutName(frame.layout)},
-                              {"width", frame.width},
-                              {"height", frame.height},
-                              {"pitch", frame.pitch}};
-    };
-    return {{"input", options.raw},     {"outputs", names},    {"from", describe(task.in)},
-            {"to", describe(task.out)}, {"frames", run.count}, {"bytes_left_over", run.leftOver},
-            {"cell", task.cell},        {"gain", task.gain},   {"milliseconds", milliseconds}};
+void Report(const Job& job, const std::vector<std::string>& names) {
+    if (job.options.report.json) WriteJson(JsonReport(job, names));
+    SayNotes(job);
+    const int64_t frames = job.outcome.frames;
+    if (frames == 0) return;
+    const BinTask& task = job.plan.task;
+    const double milliseconds = double(job.outcome.times.library) / 1e6;
+    Say(job.Quiet(), FilesText(names, job.target), " from ",
+        frames > 1 ? Text(frames, " frames of ") : "",
+        Describe(job.runs.empty() ? task.in : job.runs.front().frame), ", cell ", task.cell,
+        ", gain ", task.gain, ": ", std::round(milliseconds * 100) / 100, " ms");
+}
+
+// Finds the frames of all files. A file without them ends the run only where it is the only one, or
+// all frames go to one file.
+void FindAllFrames(Job* job) {
+    for (const std::string& raw : job->options.raws) {
+        try {
+            job->runs.push_back(FindFrames(raw, job->spec));
+        } catch (const UserError& error) {
+            if (!job->Separate() || job->options.raws.size() == 1) throw;
+            job->failures.push_back(error.what());
+        }
+    }
+}
+
+// The number in a name is that in the file, or where nothing else tells files apart, goes on.
+std::vector<FrameName> NamesOfFrames(const Job& job) {
+    const bool goesOn =
+        job.options.raws.size() > 1 && !NamePattern(job.options.result.out).NamesInput();
+    std::vector<FrameName> names;
+    for (const FrameRun& run : job.runs) {
+        for (int64_t i = 0; i < run.count; ++i) {
+            names.push_back({run.path, goesOn ? int64_t(names.size()) : run.first + i});
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> RunFiles(Job* job) {
+    FindAllFrames(job);
+    CheckMemory(job->plan.task.out);
+    for (const FrameRun& run : job->runs) {
+        for (int64_t i = 0; i < run.count; ++i) job->plan.frames.push_back({&run, i});
+    }
+    if (job->plan.frames.empty()) return {};
+    job->plan.names =
+        OutputNames(job->options.result.out, job->target, NamesOfFrames(*job), job->options.raws);
+    BinFrames(job->plan, &job->outcome);
+    std::vector<std::string> names;
+    for (size_t i = 0; i < job->plan.names.size(); ++i) {
+        if (job->outcome.failures.count(int64_t(i)) == 0) names.push_back(job->plan.names[i]);
+    }
+    return names;
+}
+
+std::vector<std::string> RunPipe(Job* job) {
+    const std::string& raw = job->options.raws.front();
+    const std::string& out = job->options.result.out;
+    const NamePattern pattern(out);
+    const FrameRange& frames = job->spec.frames;
+    if (!job->Separate() && job->plan.encode && frames.told && frames.first != frames.last) {
+        throw UserError("-o: several frames need a %d in the name, such as frame_%03d." +
+                        Ending(out));
+    }
+    FramePipe pipe(raw, job->spec);
+    CheckMemory(job->plan.task.out);
+    const auto name = [&](int64_t number) { return pattern.Of({raw, number}); };
+    const bool numbered = pattern.Numbers();
+    BinPipe(job->plan, &pipe, name(frames.first),
+            numbered ? std::function<std::string(int64_t)>(name) : nullptr, &job->outcome);
+    job->runs.push_back(pipe.Run());
+    std::vector<std::string> names{name(frames.first)};
+    for (int64_t i = 1; numbered && i < job->outcome.frames; ++i) {
+        names.push_back(name(frames.first + i));
+    }
+    return names;
+}
+
+std::vector<std::string> RunFrames(Job* job) {
+    const auto start = std::chrono::steady_clock::now();
+    const std::vector<std::string>& raws = job->options.raws;
+    try {
+        const bool pipe = raws.size() == 1 && FramePipe::Serves(raws.front(), job->spec);
+        const std::vector<std::string> names = pipe ? RunPipe(job) : RunFiles(job);
+        job->seconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        return names;
+    } catch (const RunError& error) {
+        const int64_t done = job->outcome.frames;
+        if (!job->Separate() || done == 0) throw;
+        throw RunError(Text(error.what(), "; files written before: ", done));
+    }
+}
+
+// Throws UserError where some frames are missing from the result.
+void TellFailures(const Job& job) {
+    const size_t failed = job.failures.size() + job.outcome.failures.size();
+    if (failed == 0) return;
+    for (const std::string& reason : job.failures) Complain(reason);
+    for (const auto& [frame, reason] : job.outcome.failures) Complain(reason);
+    throw UserError(Text("failed: ", failed, "; files written: ", job.outcome.frames.load()));
+}
+
+void CheckInputs(const std::vector<std::string>& raws) {
+    if (std::count(raws.begin(), raws.end(), "-") > 1) {
+        throw UserError("-: standard input can be read once only");
+    }
 }
 
 void Run(const Options& options) {
     options.report.Check(options.result.out);
-    const FrameSpec spec = ParseFrame(options.frame);
-    BinTask task = MakeTask(options, spec);
-    Target target = MakeTarget(options.result, ParseFileKind(options.result.to, options.result.out),
-                               Shape(task.out.layout).bits);
-    target.packed = task.out;
-    CheckColours(target, spec.colours);
-    CheckOutput(options.result.out, options.raw);
-
-    const FrameRun run = ReadFrames(options.raw, spec);
-    task.in = run.frame;
-    Require(task);
-    CheckMemory(task.out, run.count);
-    const std::vector<std::string> names =
-        OutputNames(options.result, options.raw, target, run.first, run.count);
-    double milliseconds = 0;
-    WriteFrames(names, run.count, [&](int64_t i) {
-        Bytes binned(static_cast<size_t>(task.out.Bytes()));
-        milliseconds += RunTask(task, run.At(i), binned.data());
-        return Encode(options, target, spec.colours, std::move(binned));
-    });
-
-    if (options.report.json) WriteJson(JsonReport(options, names, task, run, milliseconds));
-    if (!spec.coloursKnown) SayAssumedColours(target, spec.colours, options.report.Quiet());
-    SayNotes(options, task, run);
-    Say(options.report.Quiet(), FilesText(names, target), " from ",
-        run.count > 1 ? Text(run.count, " frames of ") : "", Describe(task.in), ", cell ",
-        task.cell, ", gain ", task.gain, ": ", std::round(milliseconds * 100) / 100, " ms");
+    CheckInputs(options.raws);
+    Job job{.options = options, .spec = ParseFrame(options.frame), .plan = {}, .target = {}};
+    BinPlan& plan = job.plan;
+    plan.task = ParseTask(InputName(options.raws.front()), options.task, job.spec);
+    SetPitch("--out-pitch", options.result.pitch, &plan.task.out);
+    plan.threads = options.threads.Count();
+    plan.quiet = job.Quiet();
+    job.target = MakeTarget(options.result, ParseFileKind(options.result.to, options.result.out),
+                            Shape(plan.task.out.layout).bits);
+    job.target.packed = plan.task.out;
+    CheckColours(job.target, job.spec.colours);
+    CheckOutputs({NamePattern(options.result.out).Of({options.raws.front(), 0})}, options.raws);
+    if (job.target.kind != FileKind::Packed) {
+        plan.encode = [&job](std::span<const uint8_t> packed) { return Encode(job, packed); };
+    }
+    Report(job, RunFrames(&job));
+    TellFailures(job);
 }
 
 std::function<void()> Declare(CLI::App& command) {
     const auto o = std::make_shared<Options>();
-    AddText(command, "RAW", o->raw, "", "Packed frames to read; - is standard input")->required();
+    command.add_option("RAW", o->raws, "Files of packed frames; - is standard input")
+        ->required()
+        ->type_name("");
     o->result.Declare(command, "KIND", "raw, pgm, png or dng, whatever the ending of FILE");
     o->frame.Declare(command);
     command.get_option("--size")->required();
     command.get_option("--cell")->required();
-    AddText(command, "--gain", o->gain, "FACTOR",
-            "Gain around the black level [1.0]. Binning applies it\nabove 1.0 only; --cell 1 "
-            "always, and lifts what lies\nbelow the black level to it");
-    AddText(command, "--out-bits", o->outBits, "10|12",
-            "Depth of the result, for VX frames with cell 2 or 4\n[as RAW]");
+    o->task.Declare(command);
+    o->threads.Declare(command);
     o->report.Declare(command);
     command.footer(
         "A cell of N by N pixels becomes one; --cell 1 applies the gain only.\n\n"
+        "A file is written whole or not at all, also when the run is interrupted. Where each "
+        "frame\n"
+        "has a file of its own, one that cannot be read is named, and the others are written all\n"
+        "the same; where they share one, nothing is. When writing fails, as on a full disk, the\n"
+        "run ends there; files that were complete stay.\n\n"
         "Examples:\n"
         "  tarn bin frame.raw -o out.pgm -f qc10 -s 8160x6120 --pitch 10240 --cell 2 --gain 1.5\n"
-        "  tarn bin frame.raw -o out.dng -f SRGGB10P -s 8160x6120 --pitch auto --cell 2\n");
+        "  tarn bin frame.raw -o out.dng -f SRGGB10P -s 8160x6120 --pitch auto --cell 2\n"
+        "  tarn bin *.raw -o 'binned/%s.raw' -f RAW10 -s 8160x6120 --cell 2\n"
+        "  tarn bin - -o - -f qc10 -s 8160x6120 --cell 2 --frame all <burst.raw >binned.raw\n");
     return [o] { Run(*o); };
 }
 

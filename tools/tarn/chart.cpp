@@ -3,7 +3,10 @@
 #include <cairo-svg.h>
 #include <cairo.h>
 
+#include <algorithm>
+#include <cmath>
 #include <memory>
+#include <vector>
 
 #include "tools/tarn/message.h"
 

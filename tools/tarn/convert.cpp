@@ -1,6 +1,9 @@
 // tarn convert: frames from one form to another, their codes unchanged but for the depth.
 #include <nlohmann/json.hpp>
 
+#include <memory>
+#include <vector>
+
 #include "tools/tarn/formats.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/output.h"
@@ -15,6 +18,7 @@ struct Options {
     std::string raw;
     FrameOptions frame;
     ResultOptions result;
+    ThreadOptions threads;
     ReportOptions report;
 };
 
@@ -97,7 +101,8 @@ nlohmann::json JsonReport(const Options& options, const std::vector<std::string>
 
 void Run(const Options& options) {
     options.report.Check(options.result.out);
-    CheckOutput(options.result.out, options.raw);
+    CheckOutputs({NamePattern(options.result.out).Of({options.raw, 0})}, {options.raw});
+    const int threads = options.threads.Count();
     Source source = ReadSource(options.raw, options.frame);
     const Target target = MakeTarget(options.result, source);
     RequirePlainBayer(options, source, target);
@@ -105,8 +110,8 @@ void Run(const Options& options) {
     CheckColours(target, source.picture.colours);
     if (target.NeedsBayer()) ApplyLevels(options.result.levels, &source.picture);
     const std::vector<std::string> names =
-        OutputNames(options.result, options.raw, target, source.First(), source.Count());
-    WriteFrames(names, source.Count(),
+        OutputNames(options.result.out, target, source.Names(options.raw), {options.raw});
+    WriteFrames(names, source.Count(), threads,
                 [&](int64_t i) { return Encode(target, InDepth(target.bits, source.At(i))); });
 
     if (options.report.json) WriteJson(JsonReport(options, names, source, target));
@@ -127,6 +132,7 @@ std::function<void()> Declare(CLI::App& command) {
                       "Layout to pack in, by any name of tarn formats, or raw,\npgm, png, dng "
                       "whatever the ending of FILE [as RAW]");
     o->frame.Declare(command);
+    o->threads.Declare(command);
     o->report.Declare(command);
     command.footer(
         "From 10 to 12 bits codes are multiplied by 4; from 12 to 10 bits they lose their last "

@@ -1,5 +1,7 @@
 #include "tools/tarn/foreign.h"
 
+#include <algorithm>
+
 #include "tools/tarn/layout_cost.h"
 
 namespace tarn::tool {

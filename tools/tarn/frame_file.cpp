@@ -1,5 +1,6 @@
 #include "tools/tarn/frame_file.h"
 
+#include <algorithm>
 #include <set>
 
 #include "tools/tarn/message.h"
@@ -14,10 +15,11 @@ std::set<int64_t> FittingPitches(int64_t bytes, const PackedFrame& frame) {
     constexpr int64_t kMostFrames = 1'000'000;
     const int64_t rowBytes = frame.RowBytes();
     std::set<int64_t> pitches;
+    const int64_t longest = std::min(2 * rowBytes - 1, kLongestPitch);
     const auto consider = [&](int64_t dividend, int64_t divisor) {
         if (divisor < 1 || dividend % divisor != 0) return;
         const int64_t pitch = dividend / divisor;
-        if (pitch >= rowBytes && pitch < 2 * rowBytes) pitches.insert(pitch);
+        if (pitch >= rowBytes && pitch <= longest) pitches.insert(pitch);
     };
     const int64_t mostFrames = std::min(bytes / rowBytes / frame.height, kMostFrames);
     for (int64_t frames = std::max<int64_t>(mostFrames / 2, 1);
@@ -42,39 +44,41 @@ int64_t DerivePitch(const std::string& name, int64_t bytes, const PackedFrame& f
     throw UserError(Text("--pitch auto: ", name, " could have any pitch of ", list, "; give one"));
 }
 
-[[noreturn]] void RefuseWholeFile(const std::string& name, int64_t bytes, const FrameRun& run,
-                                  int64_t frames) {
-    if (frames < 2 || run.leftOver != 0) CheckFileSize(name, bytes, run.frame);
-    throw UserError(Text(name, " holds ", frames, " frames of ", Describe(run.frame),
-                         "; choose with --frame 0 to ", frames - 1, ", or --frame all"));
-}
-
 // Where in so many bytes the frames are; all but reading them.
-FrameRun Locate(const std::string& name, int64_t bytes, const FrameSpec& spec) {
-    FrameRun run{spec.frame, spec.first, 1, 0, {}};
-    if (run.frame.pitch == 0) run.frame.pitch = DerivePitch(name, bytes, run.frame);
-    const int64_t size = run.frame.Bytes();
-    const int64_t frames = (bytes + size - run.frame.LeastBytes()) / size;
-    run.leftOver = std::max<int64_t>(bytes - frames * size, 0);
-    if (!spec.framesTold) {
-        if (frames != 1 || run.leftOver != 0) RefuseWholeFile(name, bytes, run, frames);
-        return run;
+void Locate(const std::string& name, int64_t bytes, const FrameSpec& spec, FrameRun* run) {
+    if (run->frame.pitch == 0) run->frame.pitch = DerivePitch(name, bytes, run->frame);
+    const PackedFrame& frame = run->frame;
+    const int64_t size = frame.Bytes();
+    const int64_t frames = (bytes + size - frame.LeastBytes()) / size;
+    run->leftOver = std::max<int64_t>(bytes - frames * size, 0);
+    if (frames == 0) CheckFileSize(name, bytes, frame);
+    if (!spec.frames.told && (frames != 1 || run->leftOver != 0)) {
+        if (frames < 2 || run->leftOver != 0) CheckFileSize(name, bytes, frame);
+        throw UserError(Text(name, " holds ", frames, " frames of ", Describe(frame),
+                             "; choose with --frame 0 to ", frames - 1, ", or --frame all"));
     }
-    const int64_t last = spec.last < 0 ? frames - 1 : spec.last;
-    if (frames == 0) CheckFileSize(name, bytes, run.frame);
+    const int64_t last = spec.frames.last < 0 ? frames - 1 : spec.frames.last;
     if (last >= frames) {
         throw UserError(Text("--frame: there is no frame ", last, "; ", name, " holds ", frames,
-                             " of ", Describe(run.frame), ", numbered from 0"));
+                             " of ", Describe(frame), ", numbered from 0"));
     }
-    run.count = last - run.first + 1;
-    CheckMemory(run.frame, run.count);
-    return run;
+    run->count = last - run->first + 1;
+    run->begin = spec.offset + run->first * size;
+    run->length = std::min(run->count * size, bytes - run->first * size);
+}
+
+std::string NameOf(const std::string& path, const FrameSpec& spec) {
+    return spec.offset > 0 ? Text(InputName(path), " after --offset ", spec.offset)
+                           : InputName(path);
 }
 
 // How far a pipe is read, whose end is not known beforehand.
 int64_t PipeLimit(const FrameSpec& spec) {
-    if (spec.frame.pitch == 0 || spec.last < 0) return kMostBytes;
-    return std::min(spec.offset + (spec.last + 1) * spec.frame.Bytes(), kMostBytes);
+    if (spec.frame.pitch == 0 || spec.frames.last < 0) return kMostBytes;
+    if (spec.offset > kMostBytes || spec.frames.last >= kMostBytes / spec.frame.Bytes()) {
+        return kMostBytes;
+    }
+    return std::min(spec.offset + (spec.frames.last + 1) * spec.frame.Bytes(), kMostBytes);
 }
 
 Bytes ReadPipe(const std::string& path, const FrameSpec& spec) {
@@ -82,7 +86,7 @@ Bytes ReadPipe(const std::string& path, const FrameSpec& spec) {
     const int64_t most = PipeLimit(spec);
     Bytes bytes = ReadFile(path, most);
     if (int64_t(bytes.size()) <= most) return bytes;
-    if (spec.framesTold && most < kMostBytes) {  // what follows them was not asked for
+    if (spec.frames.told && most < kMostBytes) {  // what follows them was not asked for
         bytes.pop_back();
         return bytes;
     }
@@ -92,36 +96,84 @@ Bytes ReadPipe(const std::string& path, const FrameSpec& spec) {
 
 }  // namespace
 
-FrameRun ReadFrames(const std::string& path, const FrameSpec& spec) {
-    std::string name = InputName(path);
+FrameRun FindFrames(const std::string& path, const FrameSpec& spec) {
+    FrameRun run{path, spec.frame, spec.frames.first, 1, 0, 0, 0, {}};
     int64_t size = FileSize(path);
     const bool pipe = size < 0;
-    Bytes bytes;
     if (pipe) {
-        bytes = ReadPipe(path, spec);
-        size = static_cast<int64_t>(bytes.size());
+        run.bytes = ReadPipe(path, spec);
+        size = static_cast<int64_t>(run.bytes.size());
     }
-    if (spec.offset > 0) name += Text(" after --offset ", spec.offset);
-    FrameRun run = Locate(name, std::max<int64_t>(size - spec.offset, 0), spec);
+    Locate(NameOf(path, spec), std::max<int64_t>(size - spec.offset, 0), spec, &run);
     CheckMemory(run.frame);
-    const int64_t begin = spec.offset + run.first * run.frame.Bytes();
-    const int64_t length = std::min(run.count * run.frame.Bytes(), size - begin);
     if (pipe) {
-        bytes.erase(bytes.begin(), bytes.begin() + begin);
-        bytes.resize(static_cast<size_t>(length));
-    } else {
-        bytes = ReadFile(path, length, begin);
-        bytes.resize(std::min(bytes.size(), static_cast<size_t>(length)));
+        run.bytes.erase(run.bytes.begin(), run.bytes.begin() + run.begin);
+        run.bytes.resize(static_cast<size_t>(run.length));
     }
-    if (int64_t(bytes.size()) < length)
-        throw RunError(Text(name, ": became shorter while it was read"));
-    run.bytes = std::move(bytes);
+    return run;
+}
+
+FrameRun ReadFrames(const std::string& path, const FrameSpec& spec) {
+    FrameRun run = FindFrames(path, spec);
+    if (!run.bytes.empty()) return run;
+    CheckMemory(run.frame, run.count);
+    run.bytes.resize(static_cast<size_t>(run.length));
+    if (InputFile(path).ReadAt(run.begin, run.bytes) < run.length) {
+        throw RunError(Text(path, ": became shorter while it was read"));
+    }
     return run;
 }
 
 void SayLeftOver(const FrameRun& run, bool quiet) {
     if (run.leftOver == 0) return;
     Say(quiet, "note: ", Grouped(run.leftOver), " bytes after the last whole frame are left out");
+}
+
+bool FramePipe::Serves(const std::string& path, const FrameSpec& spec) {
+    return spec.frame.pitch > 0 && FileSize(path) < 0;
+}
+
+FramePipe::FramePipe(const std::string& path, const FrameSpec& spec)
+    : file_(path), spec_(spec), run_{path, spec.frame, spec.frames.first, -1, 0, 0, 0, {}} {
+    CheckMemory(spec.frame);
+    if (spec.frames.last >= 0) run_.count = spec.frames.last - spec.frames.first + 1;
+}
+
+void FramePipe::Skip(int64_t bytes) {
+    Bytes skipped(static_cast<size_t>(std::min<int64_t>(bytes, int64_t{1} << 20)));
+    while (bytes > 0) {
+        const auto step = std::min<int64_t>(bytes, int64_t(skipped.size()));
+        if (file_.Read({skipped.data(), size_t(step)}) < step) return;
+        bytes -= step;
+    }
+}
+
+// What follows the one frame shows that it is not what was meant.
+void FramePipe::ExpectEnd() {
+    uint8_t more;
+    if (file_.Read({&more, 1}) == 0) return;
+    throw UserError(Text(InputName(run_.path), " holds more than the ", Grouped(run_.frame.Bytes()),
+                         " bytes of ", Describe(run_.frame)));
+}
+
+bool FramePipe::Next(std::span<uint8_t> frame) {
+    if (ended_ || next_ == run_.count) return false;
+    const std::string name = NameOf(run_.path, spec_);
+    if (next_ == 0) Skip(spec_.offset + run_.first * run_.frame.Bytes());
+    const int64_t got = file_.Read(frame.first(size_t(run_.frame.Bytes())));
+    if (got < run_.frame.LeastBytes()) {
+        ended_ = true;
+        if (run_.count < 0 && next_ > 0) {
+            run_.leftOver = got;
+            return false;
+        }
+        if (!spec_.frames.told) CheckFileSize(name, got, run_.frame);
+        throw UserError(Text("--frame: there is no frame ", run_.first + next_, "; ", name,
+                             " ends ", got > 0 ? "within" : "before", " it"));
+    }
+    ++next_;
+    if (!spec_.frames.told) ExpectEnd();
+    return true;
 }
 
 }  // namespace tarn::tool

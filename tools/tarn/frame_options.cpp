@@ -1,8 +1,10 @@
 #include "tools/tarn/frame_options.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <thread>
 #include <tuple>
 
-#include "tools/tarn/formats.h"
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
@@ -10,6 +12,13 @@ namespace {
 
 constexpr int64_t kFurthest = int64_t{1} << 60;
 constexpr int64_t kMostFrames = 1'000'000'000;
+constexpr int kMostThreads = 256;
+
+int ParseBits(const std::string& option, const std::string& text) {
+    if (text == "10") return 10;
+    if (text == "12") return 12;
+    throw UserError(Text(option, ": \"", text, "\" is neither 10 nor 12"));
+}
 
 NamedFormat ByFamily(const FrameOptions& options) {
     if (options.family.empty() || options.bits.empty()) {
@@ -18,18 +27,7 @@ NamedFormat ByFamily(const FrameOptions& options) {
     if (options.family != "qc" && options.family != "vx") {
         throw UserError(Text("--family: \"", options.family, "\" is neither qc nor vx"));
     }
-    if (options.bits != "10" && options.bits != "12") {
-        throw UserError(Text("--bits: \"", options.bits, "\" is neither 10 nor 12"));
-    }
-    return FindFormat("--family", options.family + options.bits);
-}
-
-NamedFormat ParseFormat(const FrameOptions& options) {
-    if (options.format.empty()) return ByFamily(options);
-    if (!options.family.empty() || !options.bits.empty()) {
-        throw UserError("-f says the layout; --family and --bits must not say it again");
-    }
-    return FindFormat("-f", options.format);
+    return FindFormat("--family", Text(options.family, ParseBits("--bits", options.bits)));
 }
 
 void ParseColours(const FrameOptions& options, const NamedFormat& format, FrameSpec* spec) {
@@ -46,18 +44,11 @@ void ParseColours(const FrameOptions& options, const NamedFormat& format, FrameS
     spec->colours = options.colours;
 }
 
-void ParseFrames(const std::string& text, FrameSpec* spec) {
-    spec->framesTold = !text.empty();
-    if (text == "all") spec->last = -1;
-    if (text.empty() || text == "all") return;
-    const size_t dash = text.find('-', 1);
-    spec->first = ParseNumber("--frame", text.substr(0, dash), 0, kMostFrames);
-    spec->last = spec->first;
-    if (dash == std::string::npos) return;
-    spec->last = ParseNumber("--frame", text.substr(dash + 1), 0, kMostFrames);
-    if (spec->last < spec->first) {
-        throw UserError(Text("--frame: ", text, " runs backwards"));
-    }
+Layout OutputLayout(Layout in, const std::string& outBits) {
+    if (outBits.empty()) return in;
+    const bool twelve = ParseBits("--out-bits", outBits) == 12;
+    if (IsVX(in)) return twelve ? Layout::VXRaw12 : Layout::VXRaw10;
+    return twelve ? Layout::QCRaw12 : Layout::QCRaw10;
 }
 
 }  // namespace
@@ -67,21 +58,27 @@ CLI::Option* AddText(CLI::App& command, const char* names, std::string& value, c
     return command.add_option(names, value, help)->type_name(type);
 }
 
-void FrameOptions::Declare(CLI::App& command) {
+void FrameOptions::Declare(CLI::App& command, Untold untold) {
+    const bool guessed = untold == Untold::Guessed;
+    const auto usual = [&](const char* text) { return guessed ? " [guessed]" : text; };
     AddText(command, "-f,--format", format, "NAME",
-            "Layout: qc10, qc12, vx10, vx12, or another name\nfor one; see tarn formats");
+            Text("Layout: qc10, qc12, vx10, vx12, or another name\nfor one; see tarn formats",
+                 usual("")));
     AddText(command, "--family", family, "qc|vx", "Layout, together with --bits, in place of -f");
     AddText(command, "--bits", bits, "10|12", "See --family");
     AddText(command, "--cfa", colours, "ORDER",
             "RGGB, GRBG, GBRG or BGGR [what the name of the\nlayout says, else RGGB]");
-    AddText(command, "-s,--size", size, "WxH", "Width and height in pixels");
+    AddText(command, "-s,--size", size, "WxH", Text("Width and height in pixels", usual("")));
     AddText(command, "--pitch", pitch, "BYTES",
-            "From one row to the next, or tight: no padding, or\nauto: by the file's size [tight]");
+            Text("From one row to the next, or tight: no padding, or\nauto: by the file's size",
+                 usual(" [tight]")));
     AddText(command, "--offset", offset, "BYTES", "Before the first frame [0]");
     AddText(command, "--frame", frames, "N|A-B|all",
             "Frames of a file of several, from 0 [the file holds\none]");
     AddText(command, "--cell", cell, "N",
-            "Pixels per side of one colour: 1 (plain Bayer),\n2 (Tetra), 3 (Nona), 4 (Hexadeca)");
+            Text("Pixels per side of one colour: 1 (plain Bayer),\n2 (Tetra), 3 (Nona), 4 "
+                 "(Hexadeca)",
+                 usual("")));
 }
 
 bool FrameOptions::TellOnlyColours() const {
@@ -94,22 +91,92 @@ bool FrameOptions::TellOnlyColours() const {
     return tie(*this) == tie(plain);
 }
 
+std::optional<NamedFormat> ParseFormat(const FrameOptions& options) {
+    const bool byFamily = !options.family.empty() || !options.bits.empty();
+    if (options.format.empty()) return byFamily ? std::optional(ByFamily(options)) : std::nullopt;
+    if (byFamily) {
+        throw UserError("-f says the layout; --family and --bits must not say it again");
+    }
+    return FindFormat("-f", options.format);
+}
+
 int ParseCell(const std::string& text) {
     return static_cast<int>(ParseNumber("--cell", text, 1, 4));
 }
 
+int64_t ParseOffset(const std::string& text) {
+    return text.empty() ? 0 : ParseNumber("--offset", text, 0, kFurthest);
+}
+
+FrameRange ParseFrames(const std::string& text) {
+    if (text.empty()) return {};
+    if (text == "all") return {0, -1, true};
+    const size_t dash = text.find('-', 1);
+    const int64_t first = ParseNumber("--frame", text.substr(0, dash), 0, kMostFrames);
+    if (dash == std::string::npos) return {first, first, true};
+    const int64_t last = ParseNumber("--frame", text.substr(dash + 1), 0, kMostFrames);
+    if (last < first) throw UserError(Text("--frame: ", text, " runs backwards"));
+    return {first, last, true};
+}
+
 FrameSpec ParseFrame(const FrameOptions& options) {
     FrameSpec spec{};
-    const NamedFormat format = ParseFormat(options);
+    const std::optional<NamedFormat> told = ParseFormat(options);
+    const NamedFormat format = told ? *told : ByFamily(options);
     if (options.size.empty()) throw UserError("-s: the width and height of the frame are needed");
     const Size size = ParseSize("-s", options.size);
     spec.frame = {format.layout, size.width, size.height, 0};
     if (options.pitch != "auto") SetPitch("--pitch", options.pitch, &spec.frame);
     ParseColours(options, format, &spec);
-    spec.offset = ParseNumber("--offset", options.offset, 0, kFurthest);
-    ParseFrames(options.frames, &spec);
+    spec.offset = ParseOffset(options.offset);
+    spec.frames = ParseFrames(options.frames);
     if (!options.cell.empty()) spec.cell = ParseCell(options.cell);
     return spec;
+}
+
+void RequireOneFrame(const FrameRange& frames) {
+    if (frames.first != frames.last)
+        throw UserError("--frame: one frame is looked at, not several");
+}
+
+void TaskOptions::Declare(CLI::App& command) {
+    AddText(command, "--gain", gain, "FACTOR",
+            "Gain around the black level [1.0]. Binning applies it\nabove 1.0 only; --cell 1 "
+            "always, and lifts what lies\nbelow the black level to it");
+    AddText(command, "--out-bits", outBits, "10|12",
+            "Depth of the result, for VX frames with cell 2 or 4\n[as RAW]");
+}
+
+float ParseGain(const std::string& text) {
+    constexpr float kMost = 1e6f;
+    char* end = nullptr;
+    const float gain = std::strtof(text.c_str(), &end);
+    if (text.empty() || *end || !(gain >= 0 && gain <= kMost)) {
+        throw UserError(Text("--gain: \"", text, "\" is not a number from 0 to 1,000,000"));
+    }
+    return gain;
+}
+
+BinTask ParseTask(const std::string& name, const TaskOptions& options, const FrameSpec& spec) {
+    BinTask task = MakeTask(spec.frame, OutputLayout(spec.frame.layout, options.outBits), spec.cell,
+                            ParseGain(options.gain));
+    // A pitch that is to be derived is known once the file is, and then it fits.
+    if (task.in.pitch == 0) task.in.pitch = task.in.RowBytes();
+    CheckTask(name, task);
+    return task;
+}
+
+void ThreadOptions::Declare(CLI::App& command, const char* usual) {
+    AddText(command, "--threads", threads, "N",
+            Text("How many work at once; the result is the same [", usual, "]"));
+}
+
+int ThreadOptions::Count(int usual) const {
+    if (!threads.empty()) {
+        return static_cast<int>(ParseNumber("--threads", threads, 1, kMostThreads));
+    }
+    if (usual > 0) return usual;
+    return std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, kMostThreads);
 }
 
 void ReportOptions::Declare(CLI::App& command) {

@@ -3,15 +3,21 @@
 #define TARN_TOOL_FRAME_OPTIONS_H_
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 
+#include "tools/tarn/formats.h"
 #include "tools/tarn/geometry.h"
+#include "tools/tarn/safe_call.h"
 
 namespace tarn::tool {
 
 // A string option; the type is what its value looks like in the help.
 CLI::Option* AddText(CLI::App& command, const char* names, std::string& value, const char* type,
                      const std::string& help);
+
+// What a verb does about a frame's geometry that it is not told.
+enum class Untold { Default, Guessed };
 
 // What a file of packed frames holds.
 struct FrameOptions {
@@ -20,29 +26,62 @@ struct FrameOptions {
     std::string bits;
     std::string colours;
     std::string size;
-    std::string pitch = "tight";
-    std::string offset = "0";
+    std::string pitch;
+    std::string offset;
     std::string frames;
     std::string cell;
 
-    void Declare(CLI::App& command);
+    void Declare(CLI::App& command, Untold untold = Untold::Default);
     // Nothing was said but what a picture in a PGM or DNG may want to have said of it.
     bool TellOnlyColours() const;
 };
 
-// The pixels per side of one colour.
-int ParseCell(const std::string& text);
+// Each throws UserError for what cannot be.
+std::optional<NamedFormat> ParseFormat(const FrameOptions& options);  // none when none is told
+int ParseCell(const std::string& text);  // the pixels per side of one colour
+int64_t ParseOffset(const std::string& text);
+
+// Which frames of a file: numbers from 0; a last of -1 is the file's.
+struct FrameRange {
+    int64_t first = 0;
+    int64_t last = 0;
+    bool told = false;  // they were asked for; else the file is to hold the one frame
+};
+FrameRange ParseFrames(const std::string& text);
 
 struct FrameSpec {
     PackedFrame frame;    // a pitch of 0 is to be derived from the file's size
     std::string colours;  // a Bayer order; empty for a sensor without colours
     bool coloursKnown;    // they were told, not assumed
     int64_t offset;       // bytes before the first frame
-    int64_t first, last;  // of the frames asked for, from 0; a last of -1 is the file's
-    bool framesTold;      // they were asked for; else the file is to hold the one frame
-    int cell;             // 0 when it was not told
+    FrameRange frames;
+    int cell;  // 0 when it was not told
 };
 FrameSpec ParseFrame(const FrameOptions& options);
+
+// Throws UserError when more than one frame is asked for.
+void RequireOneFrame(const FrameRange& frames);
+
+// What the library is to do with a frame.
+struct TaskOptions {
+    std::string gain = "1.0";
+    std::string outBits;
+
+    void Declare(CLI::App& command);
+};
+float ParseGain(const std::string& text);
+
+// Throws UserError, beginning with the frame's name, when the library cannot do it.
+BinTask ParseTask(const std::string& name, const TaskOptions& options, const FrameSpec& spec);
+
+struct ThreadOptions {
+    std::string threads;
+
+    // `usual` is what the help says of their number when it is not given.
+    void Declare(CLI::App& command, const char* usual = "the machine's");
+    // The number given, or else `usual`, or the machine's when that is 0.
+    int Count(int usual = 0) const;
+};
 
 struct ReportOptions {
     bool json = false;

@@ -48,18 +48,21 @@ Size ParseSize(const std::string& option, const std::string& text) {
     return {side(text.substr(0, cross)), side(text.substr(cross + 1))};
 }
 
+void CheckPitch(const std::string& option, const PackedFrame& frame) {
+    if (frame.pitch >= frame.RowBytes() && frame.pitch <= kLongestPitch) return;
+    throw UserError(Text(option, ": ", Grouped(frame.pitch), " bytes are too ",
+                         frame.pitch < frame.RowBytes() ? "few" : "many", ": a ",
+                         LayoutName(frame.layout), " row of ", frame.width, " pixels takes ",
+                         Grouped(frame.RowBytes())));
+}
+
 void SetPitch(const std::string& option, const std::string& text, PackedFrame* frame) {
-    const int64_t rowBytes = frame->RowBytes();
     if (text.empty() || text == "tight") {
-        frame->pitch = rowBytes;
+        frame->pitch = frame->RowBytes();
         return;
     }
-    frame->pitch = ParseNumber(option, text, 1, INT_MAX - 16);
-    if (frame->pitch < rowBytes) {
-        throw UserError(Text(option, ": ", Grouped(frame->pitch), " bytes are too few: a ",
-                             LayoutName(frame->layout), " row of ", frame->width, " pixels takes ",
-                             Grouped(rowBytes)));
-    }
+    frame->pitch = ParseNumber(option, text, 1, kLongestPitch);
+    CheckPitch(option, *frame);
 }
 
 void CheckMemory(const PackedFrame& frame, int64_t count) {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "tools/tarn/safe_call.h"
+#include "tools/tarn/packed_frame.h"
 
 namespace tarn::tool {
 
@@ -24,6 +24,12 @@ struct Size {
     int height;
 };
 Size ParseSize(const std::string& option, const std::string& text);
+
+// Rows are addressed by 32-bit pitches, with room for the few bytes by which Nona may pass a row.
+inline constexpr int64_t kLongestPitch = 2'147'483'631;
+
+// Throws unless a row fits the frame's pitch.
+void CheckPitch(const std::string& option, const PackedFrame& frame);
 
 // "tight", or nothing, gives the row's bytes; else a number of bytes that holds the row.
 void SetPitch(const std::string& option, const std::string& text, PackedFrame* frame);

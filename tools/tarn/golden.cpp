@@ -1,8 +1,11 @@
 #include "tools/tarn/golden.h"
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <vector>
 
 #include "tools/tarn/geometry.h"
 #include "tools/tarn/message.h"
@@ -51,8 +54,7 @@ GoldenFrame ReadFrame(const fs::path& folder, const Json& entry) {
     golden.name = entry.at("name").get<std::string>();
     golden.frame = {ParseLayout(entry.at("layout").get<std::string>()), Side(entry, "width"),
                     Side(entry, "height"), Side(entry, "pitch")};
-    const std::string objection = Objection(golden.frame);
-    if (!objection.empty()) throw UserError(golden.name + ": " + objection);
+    CheckPitch(golden.name + ": pitch", golden.frame);
     golden.packed =
         ReadExactly(folder / entry.at("packed").get<std::string>(), golden.frame.Bytes());
     golden.values = ReadValues(folder / entry.at("values").get<std::string>(), golden.frame);
@@ -61,9 +63,10 @@ GoldenFrame ReadFrame(const fs::path& folder, const Json& entry) {
 
 GoldenResult ReadResult(const fs::path& folder, const Json& entry) {
     const std::string gainBits = entry.at("gain_bits").get<std::string>();
+    const auto gain = std::bit_cast<float>(uint32_t(std::stoul(gainBits, nullptr, 16)));
+    if (!std::isfinite(gain)) throw UserError("gain_bits " + gainBits + " is no finite number");
     return {ReadFrame(folder, entry), entry.at("from").get<std::string>(),
-            entry.at("cell").get<int>(),
-            std::bit_cast<float>(static_cast<uint32_t>(std::stoul(gainBits, nullptr, 16)))};
+            entry.at("cell").get<int>(), gain};
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
 #include "tools/tarn/guess.h"
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <numeric>
 #include <regex>
 #include <tuple>
+#include <vector>
 
 #include "tools/tarn/foreign.h"
 #include "tools/tarn/geometry.h"

@@ -6,11 +6,13 @@
 #ifndef TARN_TOOL_GUESS_H_
 #define TARN_TOOL_GUESS_H_
 
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/tarn/input.h"
-#include "tools/tarn/safe_call.h"
+#include "tools/tarn/packed_frame.h"
 
 namespace tarn::tool {
 

@@ -17,40 +17,18 @@ namespace {
     throw UserError(Text(InputName(path), ": cannot be read: ", std::strerror(errno)));
 }
 
-// Grows with what arrives: a geometry may ask for far more than a pipe will ever deliver.
-Bytes ReadToEnd(int file, const std::string& path, int64_t most) {
-    constexpr int64_t kStep = int64_t{16} << 20;
-    Bytes bytes;
-    for (;;) {
-        const int64_t held = static_cast<int64_t>(bytes.size());
-        const int64_t step = std::min(kStep, most + 1 - held);
-        if (step == 0) return bytes;
-        bytes.resize(static_cast<size_t>(held + step));
-        const ssize_t got = read(file, bytes.data() + held, static_cast<size_t>(step));
+// Calls read(buffer) until the buffer is full or the file at its end.
+template <class F>
+int64_t Fill(const std::string& path, std::span<uint8_t> buffer, const F& read) {
+    size_t done = 0;
+    while (done < buffer.size()) {
+        const ssize_t got = read(buffer.subspan(done), static_cast<int64_t>(done));
         if (got < 0 && errno != EINTR) Refuse(path);
-        bytes.resize(static_cast<size_t>(held + std::max<ssize_t>(got, 0)));
-        if (got == 0) return bytes;
+        if (got == 0) break;
+        done += static_cast<size_t>(std::max<ssize_t>(got, 0));
     }
+    return static_cast<int64_t>(done);
 }
-
-class Descriptor {
- public:
-    explicit Descriptor(const std::string& path)
-        : owned_(path != "-"),
-          value_(owned_ ? open(path.c_str(), O_RDONLY | O_CLOEXEC) : STDIN_FILENO) {
-        if (value_ < 0) Refuse(path);
-    }
-    ~Descriptor() {
-        if (owned_) close(value_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int Value() const { return value_; }
-
- private:
-    bool owned_;
-    int value_;
-};
 
 }  // namespace
 
@@ -67,11 +45,46 @@ int64_t FileSize(const std::string& path) {
     return S_ISREG(status.st_mode) && path != "-" ? status.st_size : -1;
 }
 
+InputFile::InputFile(const std::string& path)
+    : path_(path), file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (file_ < 0) Refuse(path);
+}
+
+InputFile::~InputFile() {
+    if (file_ != STDIN_FILENO) close(file_);
+}
+
+int64_t InputFile::Read(std::span<uint8_t> buffer) const {
+    return Fill(path_, buffer, [this](std::span<uint8_t> rest, int64_t) {
+        return read(file_, rest.data(), rest.size());
+    });
+}
+
+int64_t InputFile::ReadAt(int64_t offset, std::span<uint8_t> buffer) const {
+    return Fill(path_, buffer, [=, this](std::span<uint8_t> rest, int64_t done) {
+        return pread(file_, rest.data(), rest.size(), offset + done);
+    });
+}
+
 Bytes ReadFile(const std::string& path, int64_t most, int64_t begin) {
-    FileSize(path);  // for its complaints
-    const Descriptor file(path);
-    if (begin > 0 && lseek(file.Value(), begin, SEEK_SET) < 0) Refuse(path);
-    return ReadToEnd(file.Value(), path, most);
+    const int64_t size = FileSize(path);
+    const InputFile file(path);
+    Bytes bytes;
+    if (size >= 0) {
+        bytes.resize(static_cast<size_t>(std::clamp<int64_t>(size - begin, 0, most + 1)));
+        bytes.resize(static_cast<size_t>(file.ReadAt(begin, bytes)));
+        return bytes;
+    }
+    // Grows with what arrives: a geometry may ask for far more than a pipe will ever deliver.
+    constexpr int64_t kStep = int64_t{16} << 20;
+    for (int64_t held = 0, step = -1, got = -1; got == step; held += got) {
+        step = std::min(kStep, most + 1 - held);
+        if (step == 0) break;
+        bytes.resize(static_cast<size_t>(held + step));
+        got = file.Read({bytes.data() + held, static_cast<size_t>(step)});
+        bytes.resize(static_cast<size_t>(held + got));
+    }
+    return bytes;
 }
 
 }  // namespace tarn::tool

@@ -1,8 +1,9 @@
-// Reading files whole, standard input included.
+// Reading files, standard input included.
 #ifndef TARN_TOOL_INPUT_H_
 #define TARN_TOOL_INPUT_H_
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,24 @@ std::string InputName(const std::string& path);
 // Size of a regular file in bytes, or -1 for anything that has none (a pipe, say). Throws UserError
 // when there is no such file, or it is a folder.
 int64_t FileSize(const std::string& path);
+
+// An open file, or standard input for "-". All throw UserError.
+class InputFile {
+ public:
+    explicit InputFile(const std::string& path);
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    // Fills the buffer with what comes next; fewer bytes than it holds at the end only.
+    int64_t Read(std::span<uint8_t> buffer) const;
+    // The same from a byte of a regular file, by several threads at once.
+    int64_t ReadAt(int64_t offset, std::span<uint8_t> buffer) const;
+
+ private:
+    std::string path_;
+    int file_;
+};
 
 // Reads a file, or standard input for "-", up to its end; when it goes on past `most` bytes, the
 // result holds one byte more than that. Only a regular file can be read from a later byte on.

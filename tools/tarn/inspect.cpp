@@ -1,6 +1,9 @@
 // tarn inspect: what a dump holds, and what it is when nobody says.
+#include <algorithm>
+#include <memory>
+
 #include "tools/tarn/chart.h"
-#include "tools/tarn/geometry.h"
+#include "tools/tarn/frame_file.h"
 #include "tools/tarn/guess.h"
 #include "tools/tarn/inspect_report.h"
 #include "tools/tarn/message.h"
@@ -12,62 +15,82 @@ namespace {
 
 struct Options {
     std::string raw;
-    std::string layout;
-    std::string size;
-    std::string pitch;
-    std::string cell;
     std::string svg;
     std::string png;
-    float gain = 1;
-    bool json = false;
+    std::string gain = "1";
+    FrameOptions frame;
+    ReportOptions report;
 };
 
-constexpr int64_t kLargestDump = int64_t{1} << 32;
+// What is looked at: a frame, its bytes, and what is known of them.
+struct Dump {
+    Subject subject;
+    int64_t fileBytes;
+    Bytes bytes;
+};
+
+bool IsTold(const FrameOptions& frame) {
+    return ParseFormat(frame) && !frame.size.empty() && !frame.pitch.empty() && !frame.cell.empty();
+}
+
+Dump ReadTold(const Options& options) {
+    const FrameSpec spec = ParseFrame(options.frame);
+    FrameRun run = ReadFrames(options.raw, spec);
+    const int64_t size = FileSize(options.raw);
+    return {{run.frame, spec.cell, std::nullopt},
+            size < 0 ? int64_t(run.bytes.size()) : size,
+            std::move(run.bytes)};
+}
 
 Known KnownFromOptions(const Options& options, int64_t bytes) {
     Known known = KnownFromName(options.raw, bytes);
-    if (!options.layout.empty()) known.layout = ParseLayout(options.layout);
-    if (!options.cell.empty()) {
-        known.cell = static_cast<int>(ParseNumber("--cell", options.cell, 1, 4));
-    }
-    if (!options.size.empty()) {
-        const Size size = ParseSize("-s", options.size);
+    if (const auto format = ParseFormat(options.frame)) known.layout = format->layout;
+    if (!options.frame.cell.empty()) known.cell = ParseCell(options.frame.cell);
+    if (!options.frame.size.empty()) {
+        const Size size = ParseSize("-s", options.frame.size);
         known.width = size.width;
         known.height = size.height;
         known.pitch.reset();
     }
-    if (!options.pitch.empty() && options.pitch != "tight") {
-        known.pitch = ParseNumber("--pitch", options.pitch, 1, INT_MAX - 16);
+    const std::string& pitch = options.frame.pitch;
+    if (pitch == "tight" && known.layout && known.width) {
+        PackedFrame frame{*known.layout, *known.width, 1, 0};
+        SetPitch("--pitch", pitch, &frame);
+        known.pitch = frame.pitch;
+    } else if (!pitch.empty() && pitch != "auto" && pitch != "tight") {
+        known.pitch = ParseNumber("--pitch", pitch, 1, kLongestPitch);
     }
     return known;
 }
 
-Subject FindSubject(const Options& options, const Bytes& bytes) {
-    const int64_t size = static_cast<int64_t>(bytes.size());
-    const Known known = KnownFromOptions(options, size);
-    const bool complete = known.layout && known.width && known.cell;
-    if (complete && !options.pitch.empty()) {
-        PackedFrame frame{*known.layout, *known.width, *known.height, 0};
-        SetPitch("--pitch", options.pitch, &frame);
-        CheckFileSize(InputName(options.raw), size, frame);
-        return {frame, *known.cell, std::nullopt};
+Dump ReadGuessed(const Options& options) {
+    const std::string name = InputName(options.raw);
+    const int64_t offset = ParseOffset(options.frame.offset);
+    if (ParseFrames(options.frame.frames).told) {
+        throw UserError(
+            "--frame: where frames begin is known with -f, -s, --pitch and --cell only");
     }
-    Guess guess = GuessFrame(InputName(options.raw), bytes, known);
-    return {guess.ranked.front().frame, guess.ranked.front().cell, std::move(guess)};
+    Bytes bytes = ReadFile(options.raw, kMostBytes);
+    if (int64_t(bytes.size()) > kMostBytes) throw UserError(name + ": is larger than 4 GiB");
+    const int64_t size = static_cast<int64_t>(bytes.size());
+    bytes.erase(bytes.begin(), bytes.begin() + std::min(offset, size));
+    Guess guess = GuessFrame(name, bytes, KnownFromOptions(options, int64_t(bytes.size())));
+    const Hypothesis best = guess.ranked.front();
+    return {{best.frame, best.cell, std::move(guess)}, size, std::move(bytes)};
 }
 
 void Run(const Options& options) {
     for (const std::string& chart : {options.svg, options.png}) {
         if (!chart.empty()) CheckOutput(chart, options.raw);
     }
-    const std::string name = InputName(options.raw);
-    const Bytes bytes = ReadFile(options.raw, kLargestDump);
-    if (int64_t(bytes.size()) > kLargestDump) throw UserError(name + ": is larger than 4 GiB");
-    const Subject subject = FindSubject(options, bytes);
-    const Statistics statistics = MeasureFrame(subject.frame, bytes, subject.cell);
+    RequireOneFrame(ParseFrames(options.frame.frames));
+    const float gain = ParseGain(options.gain);
+    const Dump dump = IsTold(options.frame) ? ReadTold(options) : ReadGuessed(options);
+    const Subject& subject = dump.subject;
+    const Statistics statistics = MeasureFrame(subject.frame, dump.bytes, subject.cell);
     std::optional<GainEffect> byGain;
-    if (options.gain != 1) {
-        byGain = {options.gain, ClippedByGain(subject.frame, bytes, subject.cell, options.gain)};
+    if (gain != 1) {
+        byGain = {gain, ClippedByGain(subject.frame, dump.bytes, subject.cell, gain)};
     }
 
     const std::string title = DescribeSubject(subject);
@@ -77,26 +100,27 @@ void Run(const Options& options) {
     if (!options.png.empty()) {
         WriteFile(options.png, DrawHistogram(ChartKind::Png, title, statistics));
     }
-    const Report report{name, int64_t(bytes.size()), subject, statistics, byGain};
-    const std::string text = options.json ? ReportJson(report) : ReportText(report);
+    const Report report{InputName(options.raw), dump.fileBytes, subject, statistics, byGain};
+    const std::string text = options.report.json ? ReportJson(report) : ReportText(report);
     WriteFile("-", Bytes(text.begin(), text.end()));
 }
 
 std::function<void()> Declare(CLI::App& command) {
     const auto o = std::make_shared<Options>();
-    command.add_option("RAW", o->raw, "Packed frame; - is standard input")->required();
-    command.add_option("-f,--format", o->layout, Text("Layout: ", kLayoutNames, " [guessed]"));
-    command.add_option("-s,--size", o->size, "WIDTHxHEIGHT in pixels [guessed]");
-    command.add_option("--pitch", o->pitch, "Bytes from one row to the next, or tight [guessed]");
-    command.add_option("--cell", o->cell, "1 (plain Bayer), 2, 3 or 4 [guessed]");
-    command.add_option("--gain", o->gain, "Tell how much of the result this gain would clip");
-    command.add_option("--svg", o->svg, "Draw the histogram into this SVG file");
-    command.add_option("--png", o->png, "Draw the histogram into this PNG file");
-    command.add_flag("--json", o->json, "Print JSON");
+    AddText(command, "RAW", o->raw, "", "Packed frame; - is standard input")->required();
+    o->frame.Declare(command, Untold::Guessed);
+    AddText(command, "--gain", o->gain, "FACTOR",
+            "Tell how much of the result this gain would clip");
+    AddText(command, "--svg", o->svg, "FILE", "Draw the histogram into this SVG file");
+    AddText(command, "--png", o->png, "FILE", "Draw the histogram into this PNG file");
+    o->report.Declare(command);
     command.footer(
-        "What is not given is guessed from the bytes and the file's size, and the guess is rated: "
-        "certain, likely\nor uncertain. A name of the form Tarn_TAG_TIME_PITCHxHEIGHT.raw is read "
-        "too.");
+        "What is not given is guessed from the bytes and the file's size, and the guess is rated:\n"
+        "certain, likely or uncertain. A name of the form Tarn_TAG_TIME_PITCHxHEIGHT.raw is read\n"
+        "too.\n\n"
+        "Examples:\n"
+        "  tarn inspect dump.raw\n"
+        "  tarn inspect burst.raw -f qc10 -s 8160x6120 --pitch auto --cell 2 --frame 3\n");
     return [o] { Run(*o); };
 }
 

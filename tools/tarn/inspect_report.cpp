@@ -1,5 +1,7 @@
 #include "tools/tarn/inspect_report.h"
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <iomanip>
 #include <nlohmann/json.hpp>

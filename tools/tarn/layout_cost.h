@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <limits>
 #include <random>
+#include <vector>
 
 #include "tools/tarn/input.h"
 

@@ -1,6 +1,7 @@
 #include "tools/tarn/levels.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "tools/tarn/message.h"
 
@@ -38,7 +39,8 @@ void LevelOptions::Declare(CLI::App& command) {
         "Black level for .dng and developed .png [a DNG's\nown; else 64 at 10 bits, 256 at 12]");
     AddText(command, "--white", white, "LEVEL",
             "White level, likewise [a DNG's own; else the highest code]");
-    AddText(command, "--wb", balance, "R,G,B", "White balance, likewise: factors [grey world]");
+    AddText(command, "--wb", balance, "R,G,B",
+            "White balance, likewise: factors [a DNG's own; else grey\nworld]");
 }
 
 void ApplyLevels(const LevelOptions& options, Picture* picture) {

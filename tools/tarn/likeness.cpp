@@ -1,5 +1,8 @@
 #include "tools/tarn/likeness.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "tools/tarn/layout_cost.h"
 
 namespace tarn::tool {

@@ -3,9 +3,10 @@
 #define TARN_TOOL_LIKENESS_H_
 
 #include <array>
+#include <vector>
 
 #include "tools/tarn/input.h"
-#include "tools/tarn/safe_call.h"
+#include "tools/tarn/packed_frame.h"
 
 namespace tarn::tool {
 

@@ -9,6 +9,7 @@
 #include "tools/tarn/completion.h"
 #include "tools/tarn/man_page.h"
 #include "tools/tarn/message.h"
+#include "tools/tarn/temporary_file.h"
 #include "tools/tarn/verb.h"
 
 namespace tarn::tool {
@@ -20,14 +21,6 @@ constexpr const Verb* kVerbs[] = {&kInspect, &kBin,      &kConvert, &kSynth,
 
 constexpr int kBrokenOff = 1;
 constexpr int kWrong = 2;
-
-// Whatever an argument or a file's name holds, a complaint stays one line.
-std::string OneLine(std::string text) {
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < ' ') c = ' ';
-    }
-    return text + '\n';
-}
 
 std::string ArgumentComplaint(const CLI::App* app, const CLI::Error& error) {
     const auto used = app->get_subcommands();
@@ -110,8 +103,8 @@ int Run(int argc, char** argv) {
     return 0;
 }
 
-int Complain(int exitCode, const std::string& reason) {
-    std::cerr << OneLine("tarn: " + reason) << std::flush;
+int ComplainAndExit(int exitCode, const std::string& reason) {
+    Complain(reason);
     return exitCode;
 }
 
@@ -121,16 +114,17 @@ int Complain(int exitCode, const std::string& reason) {
 int main(int argc, char** argv) {
     using namespace tarn::tool;
     OccupyStandardFiles();
+    CatchSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an error of the write that meets it
     try {
         return Run(argc, argv);
     } catch (const UserError& error) {
-        return Complain(kWrong, error.what());
+        return ComplainAndExit(kWrong, error.what());
     } catch (const std::filesystem::filesystem_error& error) {
-        return Complain(kWrong, Text(error.path1().string(), ": ", error.code().message()));
+        return ComplainAndExit(kWrong, Text(error.path1().string(), ": ", error.code().message()));
     } catch (const std::bad_alloc&) {
-        return Complain(kBrokenOff, "there is not enough memory for a frame of this size");
+        return ComplainAndExit(kBrokenOff, "there is not enough memory for a frame of this size");
     } catch (const std::exception& error) {
-        return Complain(kBrokenOff, error.what());
+        return ComplainAndExit(kBrokenOff, error.what());
     }
 }

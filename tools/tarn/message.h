@@ -20,6 +20,18 @@ struct RunError : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
+// Whatever an argument or a file's name holds, a complaint stays one line.
+inline std::string OneLine(std::string text) {
+    for (char& c : text) {
+        if (static_cast<unsigned char>(c) < ' ') c = ' ';
+    }
+    return text + '\n';
+}
+
+inline void Complain(const std::string& reason) {
+    std::cerr << OneLine("tarn: " + reason) << std::flush;
+}
+
 template <class... Parts>
 std::string Text(const Parts&... parts) {
     std::ostringstream text;

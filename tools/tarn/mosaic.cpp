@@ -47,6 +47,9 @@ void TakeLevels(LibRaw* raw, Mosaic* mosaic) {
         mosaic->black[i] = black;
     }
     mosaic->white = colour.maximum;
+    const float* shot = colour.cam_mul;
+    if (!(shot[0] > 0 && shot[1] > 0 && shot[2] > 0)) return;
+    for (int i = 0; i < 3; ++i) mosaic->balance[i] = double(shot[i]) / double(shot[1]);
 }
 
 // A header can claim any size. No compression packs more pixels than these into a byte.

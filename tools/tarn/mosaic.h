@@ -15,6 +15,7 @@ struct Mosaic {
     std::string colours = "RGGB";    // of the top left 2x2
     double black[4] = {0, 0, 0, 0};  // by position in the 2x2
     double white = 0;
+    double balance[3] = {0, 0, 0};  // factors on red, green, blue as shot; zero: nobody knows
     bool camera = false;  // levels and colours are the camera's; a PGM tells its white alone
 };
 

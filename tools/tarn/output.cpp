@@ -5,51 +5,26 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <optional>
+#include <system_error>
 
 #include "tools/tarn/message.h"
+#include "tools/tarn/temporary_file.h"
 
 namespace tarn::tool {
 namespace {
 
 namespace fs = std::filesystem;
 
-// What a signal that ends the tool has to remove. Empty when there is nothing.
-char temporaryPath[PATH_MAX];
-
-void RemoveTemporaryAndDie(int signal) {
-    if (temporaryPath[0]) unlink(temporaryPath);
-    std::signal(signal, SIG_DFL);
-    raise(signal);
-}
-
 [[noreturn]] void Refuse(const std::string& path, int error) {
     throw UserError(Text(path, ": cannot be written: ", std::strerror(error)));
 }
 
-void WriteAll(int file, const std::string& name, const Bytes& bytes) {
-    for (size_t done = 0; done < bytes.size();) {
-        const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
-        if (written < 0 && errno != EINTR) {
-            throw RunError(Text(name, ": writing broke off after ", Grouped(int64_t(done)), " of ",
-                                Grouped(int64_t(bytes.size())), " bytes: ", std::strerror(errno)));
-        }
-        if (written > 0) done += static_cast<size_t>(written);
-    }
-}
-
-void WriteAndClose(int file, const std::string& name, const Bytes& bytes) {
-    try {
-        WriteAll(file, name, bytes);
-    } catch (...) {
-        close(file);
-        throw;
-    }
-    if (close(file) != 0) throw RunError(Text(name, ": writing broke off: ", std::strerror(errno)));
+[[noreturn]] void BreakOff(const std::string& path, int64_t written, int error) {
+    throw RunError(Text(OutputName(path), ": writing broke off after ", Grouped(written),
+                        " bytes: ", std::strerror(error)));
 }
 
 bool WrittenDirectly(const std::string& path) {
@@ -66,45 +41,50 @@ fs::path Target(fs::path path) {
     return path;
 }
 
+std::string FolderOf(const fs::path& target) {
+    return target.has_parent_path() ? target.parent_path().string() : ".";
+}
+
 // The mode that the file has, or a new one gets.
-mode_t ModeOf(const fs::path& target) {
+mode_t ModeOf(const std::string& target) {
     struct stat status {};
     if (stat(target.c_str(), &status) == 0) return status.st_mode & 07777;
-    const mode_t mask = umask(0);
-    umask(mask);
+    static const mode_t mask = [] {
+        const mode_t now = umask(0);
+        umask(now);
+        return now;
+    }();
     return 0666 & ~mask;
 }
 
-class TemporaryFile {
- public:
-    explicit TemporaryFile(const fs::path& target) : target_(target) {
-        const std::string pattern = (target.parent_path() / ".tarn-XXXXXX").string();
-        if (pattern.size() >= sizeof temporaryPath) Refuse(target, ENAMETOOLONG);
-        std::memcpy(temporaryPath, pattern.c_str(), pattern.size() + 1);
-        file_ = mkostemp(temporaryPath, O_CLOEXEC);
-        const int error = errno;
-        if (file_ >= 0) return;
-        temporaryPath[0] = '\0';
-        Refuse(target, error);
-    }
-    ~TemporaryFile() {
-        if (temporaryPath[0]) unlink(temporaryPath);
-        temporaryPath[0] = '\0';
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
+using FileId = std::pair<dev_t, ino_t>;
 
-    void WriteAndRename(const Bytes& bytes) {
-        fchmod(file_, ModeOf(target_));
-        WriteAndClose(file_, target_, bytes);
-        if (rename(temporaryPath, target_.c_str()) != 0) Refuse(target_, errno);
-        temporaryPath[0] = '\0';
-    }
+std::optional<FileId> IdOf(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return FileId{status.st_dev, status.st_ino};
+}
 
- private:
-    fs::path target_;
-    int file_;
-};
+void CheckOutput(const std::string& path, const std::set<FileId>& inputs) {
+    if (path == "-") return;
+    const fs::path target = Target(path);
+    std::error_code ignored;
+    if (fs::is_directory(target, ignored)) throw UserError(Text(path, ": is a folder, not a file"));
+    const std::optional<FileId> id = IdOf(target);
+    if (id && inputs.count(*id) > 0) {
+        throw UserError(Text(path, ": is the input itself; give the output another name"));
+    }
+    if (access(target.c_str(), F_OK) == 0) {
+        if (access(target.c_str(), W_OK) != 0) Refuse(path, errno);
+    } else if (errno != ENOENT || path.empty()) {
+        Refuse(path, errno);
+    }
+    const std::string folder = FolderOf(target);
+    if (!WrittenDirectly(path) && access(folder.c_str(), W_OK) != 0) {
+        throw UserError(
+            Text(path, ": cannot be written: folder ", folder, ": ", std::strerror(errno)));
+    }
+}
 
 }  // namespace
 
@@ -113,37 +93,82 @@ std::string OutputName(const std::string& path) {
 }
 
 void CheckOutput(const std::string& path, const std::string& inputPath) {
-    if (path == "-") return;
-    const fs::path target = Target(path);
-    std::error_code ignored;
-    if (fs::is_directory(target, ignored)) throw UserError(Text(path, ": is a folder, not a file"));
-    if (inputPath != "-" && fs::is_regular_file(target, ignored) &&
-        fs::equivalent(target, inputPath, ignored)) {
-        throw UserError(Text(path, ": is the input itself; give the output another name"));
+    CheckOutputs({path}, {inputPath});
+}
+
+void CheckOutputs(const std::vector<std::string>& paths, const std::vector<std::string>& inputs) {
+    std::set<FileId> ids;
+    for (const std::string& input : inputs) {
+        if (const auto id = input == "-" ? std::nullopt : IdOf(input)) ids.insert(*id);
     }
-    if (access(target.c_str(), F_OK) == 0) {
-        if (access(target.c_str(), W_OK) != 0) Refuse(path, errno);
-    } else if (errno != ENOENT || path.empty()) {
-        Refuse(path, errno);
-    }
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    if (!WrittenDirectly(path) && access(folder.c_str(), W_OK) != 0) {
-        throw UserError(Text(path, ": cannot be written: folder ", folder.string(), ": ",
-                             std::strerror(errno)));
+    for (const std::string& path : paths) CheckOutput(path, ids);
+}
+
+OutputFile::OutputFile(const std::string& path) : path_(path) {
+    if (path == "-") {
+        direct_ = STDOUT_FILENO;
+    } else if (WrittenDirectly(path)) {
+        direct_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+        if (direct_ < 0) Refuse(path, errno);
+    } else {
+        const fs::path target = Target(path);
+        target_ = target;
+        try {
+            temporary_ = std::make_unique<TemporaryFile>(FolderOf(target));
+        } catch (const std::system_error& error) {
+            Refuse(path, error.code().value());
+        }
+        fchmod(temporary_->Descriptor(), ModeOf(target_));
     }
 }
 
-void WriteFile(const std::string& path, const Bytes& bytes) {
-    if (path == "-") return WriteAll(STDOUT_FILENO, OutputName(path), bytes);
-    if (WrittenDirectly(path)) {
-        const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-        if (file < 0) Refuse(path, errno);
-        return WriteAndClose(file, path, bytes);
+OutputFile::~OutputFile() {
+    if (direct_ > STDOUT_FILENO) close(direct_);
+}
+
+void OutputFile::WriteAt(int64_t offset, std::span<const uint8_t> bytes) {
+    for (size_t done = 0; done < bytes.size();) {
+        const int64_t at = offset + static_cast<int64_t>(done);
+        const ssize_t written =
+            pwrite(temporary_->Descriptor(), bytes.data() + done, bytes.size() - done, at);
+        if (written < 0 && errno != EINTR) BreakOff(path_, at, errno);
+        if (written > 0) done += static_cast<size_t>(written);
     }
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        if (std::signal(signal, RemoveTemporaryAndDie) == SIG_IGN) std::signal(signal, SIG_IGN);
+}
+
+void OutputFile::Append(std::span<const uint8_t> bytes) {
+    const int file = temporary_ ? temporary_->Descriptor() : direct_;
+    while (!bytes.empty()) {
+        const ssize_t written = write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR) BreakOff(path_, written_, errno);
+        if (written <= 0) continue;
+        written_ += written;
+        bytes = bytes.subspan(static_cast<size_t>(written));
     }
-    TemporaryFile(Target(path)).WriteAndRename(bytes);
+}
+
+void OutputFile::Commit() {
+    if (!temporary_) {
+        const int file = std::exchange(direct_, -1);
+        if (file > STDOUT_FILENO && close(file) != 0) BreakOff(path_, written_, errno);
+        return;
+    }
+    try {
+        temporary_->Close();
+    } catch (const std::system_error& error) {
+        BreakOff(path_, written_, error.code().value());
+    }
+    try {
+        temporary_->RenameTo(target_);
+    } catch (const std::system_error& error) {
+        Refuse(path_, error.code().value());
+    }
+}
+
+void WriteFile(const std::string& path, std::span<const uint8_t> bytes) {
+    OutputFile file(path);
+    file.Append(bytes);
+    file.Commit();
 }
 
 }  // namespace tarn::tool

@@ -1,6 +1,8 @@
 #include "tools/tarn/picture.h"
 
+#include <algorithm>
 #include <cctype>
+#include <vector>
 
 #include "tools/tarn/message.h"
 

@@ -4,9 +4,10 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 #include "tools/tarn/input.h"
-#include "tools/tarn/safe_call.h"
+#include "tools/tarn/packed_frame.h"
 
 namespace tarn::tool {
 

@@ -7,6 +7,7 @@
 #include <bit>
 #include <climits>
 #include <memory>
+#include <vector>
 
 #include "tools/tarn/message.h"
 

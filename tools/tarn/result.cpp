@@ -1,18 +1,22 @@
 #include "tools/tarn/result.h"
 
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <set>
 
 #include "tools/tarn/dng.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/output.h"
+#include "tools/tarn/parallel.h"
 #include "tools/tarn/png.h"
 
 namespace tarn::tool {
 
 void ResultOptions::Declare(CLI::App& command, const char* typeOfTo, const char* helpOfTo) {
     AddText(command, "-o,--out", out, "FILE",
-            "File to write: .pgm (16-bit codes), .png, .dng, else\npacked; %d or %03d in it is "
-            "the number of the frame;\n- is standard output")
+            "File to write: .pgm (16-bit codes), .png, .dng, else\npacked; - is standard output. "
+            "In it %d or %03d is\nthe number of the frame, %s the name of RAW without\nits ending, "
+            "%% a %. Packed frames may share a file")
         ->required();
     AddText(command, "--to", to, typeOfTo, helpOfTo);
     AddText(command, "--out-pitch", pitch, "BYTES", "From one packed row to the next [tight]");
@@ -60,43 +64,50 @@ Bytes Encode(const Target& target, Picture picture) {
     return target.grey ? EncodeGreyPng(picture) : DevelopPng(std::move(picture), target.half);
 }
 
-std::vector<std::string> OutputNames(const ResultOptions& options, const std::string& input,
-                                     const Target& target, int64_t first, int64_t count) {
-    const std::string& out = options.out;
-    const size_t percent = out.find('%');
-    const size_t d =
-        percent == out.npos ? out.npos : out.find_first_not_of("0123456789", percent + 1);
+std::vector<std::string> OutputNames(const std::string& out, const Target& target,
+                                     const std::vector<FrameName>& frames,
+                                     const std::vector<std::string>& inputs) {
+    const NamePattern pattern(out);
     std::vector<std::string> names;
-    if (d == out.npos || out[d] != 'd' || d - percent > 3) {
-        if (count > 1 && target.kind != FileKind::Packed) {
-            throw UserError(Text(
-                "-o: ", count, " frames need a %d in the name, such as frame_%03d.", Ending(out)));
+    if (pattern.Numbers() || pattern.NamesInput()) {
+        for (const FrameName& frame : frames) names.push_back(pattern.Of(frame));
+        const std::set<std::string> different(names.begin(), names.end());
+        if (different.size() < names.size()) {
+            throw UserError(Text("-o: several frames would go to one file, such as ", names.front(),
+                                 "; %d in the name numbers them"));
         }
-        names.push_back(out);
     } else {
-        const size_t digits = static_cast<size_t>(std::atoi(out.c_str() + percent + 1));
-        for (int64_t i = 0; i < count; ++i) {
-            std::string number = std::to_string(first + i);
-            if (number.size() < digits) number.insert(0, digits - number.size(), '0');
-            names.push_back(std::string(out).replace(percent, d + 1 - percent, number));
+        names.push_back(pattern.Of(frames.front()));
+        if (frames.size() > 1 && target.kind != FileKind::Packed) {
+            throw UserError(Text("-o: ", frames.size(),
+                                 " frames need a %d in the name, such as frame_%03d.",
+                                 Ending(out)));
         }
     }
-    for (const std::string& name : names) CheckOutput(name, input);
+    CheckOutputs(names, inputs);
     return names;
 }
 
-void WriteFrames(const std::vector<std::string>& names, int64_t count,
+void WriteFrames(const std::vector<std::string>& names, int64_t count, int threads,
                  const std::function<Bytes(int64_t)>& frame) {
-    if (int64_t(names.size()) == count) {
-        for (int64_t i = 0; i < count; ++i) WriteFile(names[static_cast<size_t>(i)], frame(i));
-        return;
-    }
-    Bytes all;
-    for (int64_t i = 0; i < count; ++i) {
-        const Bytes bytes = frame(i);
-        all.insert(all.end(), bytes.begin(), bytes.end());
-    }
-    WriteFile(names.front(), all);
+    std::optional<OutputFile> all;
+    if (int64_t(names.size()) < count) all.emplace(names.front());
+    InOrder order;
+    ParallelFor(count, threads, [&](int64_t i, int) {
+        try {
+            const Bytes bytes = frame(i);
+            if (!all) {
+                WriteFile(names[static_cast<size_t>(i)], bytes);
+            } else {
+                order.Do(i, [&] { all->Append(bytes); });
+            }
+        } catch (...) {
+            order.Stop();
+            throw;
+        }
+        return true;
+    });
+    if (all) all->Commit();
 }
 
 std::string FilesText(const std::vector<std::string>& names, const Target& target) {

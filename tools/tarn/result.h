@@ -9,6 +9,7 @@
 
 #include "tools/tarn/frame_options.h"
 #include "tools/tarn/levels.h"
+#include "tools/tarn/output_names.h"
 #include "tools/tarn/picture.h"
 
 namespace tarn::tool {
@@ -46,12 +47,14 @@ void SayAssumedColours(const Target& target, const std::string& colours, bool qu
 
 Bytes Encode(const Target& target, Picture picture);
 
-// The names of the files: one for all frames, which several can share only packed, or one for each,
-// with its number in the place of %d or %03d. Throws UserError for what cannot be written.
-std::vector<std::string> OutputNames(const ResultOptions& options, const std::string& input,
-                                     const Target& target, int64_t first, int64_t count);
+// The names of the files, each of which can be written: one for each frame where the name tells
+// them apart, else one for all, which several can share only packed. Throws UserError.
+std::vector<std::string> OutputNames(const std::string& out, const Target& target,
+                                     const std::vector<FrameName>& frames,
+                                     const std::vector<std::string>& inputs);
 
-void WriteFrames(const std::vector<std::string>& names, int64_t count,
+// Makes the frames on several threads and writes them, each to its file, or all to one in order.
+void WriteFrames(const std::vector<std::string>& names, int64_t count, int threads,
                  const std::function<Bytes(int64_t)>& frame);
 
 // The files as a message names them, and what is in each.

@@ -1,8 +1,15 @@
 // tarn selftest: the golden vectors through this build of the library.
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "TarnQCEngine.h"
+#include "TarnVXEngine.h"
 #include "tools/tarn/geometry.h"
 #include "tools/tarn/golden.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/picture.h"
+#include "tools/tarn/safe_call.h"
 #include "tools/tarn/verb.h"
 
 namespace tarn::tool {
@@ -67,13 +74,11 @@ void CheckFrame(const GoldenFrame& golden) {
 void CheckResult(const Golden& golden, const GoldenResult& result) {
     const GoldenFrame& from = golden.Frame(result.from);
     const BinTask task{from.frame, result.out.frame, result.cell, result.gain};
-    const std::string objection = Objection(task);
-    if (!objection.empty()) throw UserError("result " + result.out.name + ": " + objection);
-
+    const std::string what = "result " + result.out.name;
+    CheckTask(what, task);
     CheckFrame(result.out);
     Bytes binned(result.out.packed.size(), kGoldenPadding);
-    RunTask(task, from.packed.data(), binned.data());
-    const std::string what = "result " + result.out.name;
+    RunTask(task, from.packed, binned);
     ExpectCodes(what, task.out.width, Unpack(task.out, binned.data()), result.out.values);
     ExpectBytes(what, task.out.pitch, binned, result.out.packed);
 }

@@ -1,6 +1,7 @@
 #include "tools/tarn/source.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "tools/tarn/message.h"
 #include "tools/tarn/mosaic.h"
@@ -70,6 +71,7 @@ Source ReadPicture(const std::string& path, const FrameOptions& options) {
     if (mosaic.camera) {
         picture.black = Mean(mosaic.black);
         picture.white = mosaic.white;
+        std::copy(mosaic.balance, mosaic.balance + 3, picture.balance.begin());
     }
     picture.codes = std::move(mosaic.samples);
     return source;
@@ -79,8 +81,14 @@ Source ReadPicture(const std::string& path, const FrameOptions& options) {
 
 Picture Source::At(int64_t i) const {
     Picture one = picture;
-    if (run) one.codes = Unpack(run->frame, run->At(i));
+    if (run) one.codes = Unpack(run->frame, run->At(i).data());
     return one;
+}
+
+std::vector<FrameName> Source::Names(const std::string& path) const {
+    std::vector<FrameName> names;
+    for (int64_t i = 0; i < Count(); ++i) names.push_back({path, (run ? run->first : 0) + i});
+    return names;
 }
 
 Source ReadSource(const std::string& path, const FrameOptions& options) {

@@ -5,9 +5,11 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/tarn/frame_file.h"
 #include "tools/tarn/frame_options.h"
+#include "tools/tarn/output_names.h"
 #include "tools/tarn/picture.h"
 
 namespace tarn::tool {
@@ -19,8 +21,8 @@ struct Source {
     int cell = 1;
     Picture picture;  // of a packed file all but the codes
 
-    int64_t First() const { return run ? run->first : 0; }
     int64_t Count() const { return run ? run->count : 1; }
+    std::vector<FrameName> Names(const std::string& path) const;
     Picture At(int64_t i) const;
 };
 

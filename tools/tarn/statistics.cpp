@@ -1,9 +1,13 @@
 #include "tools/tarn/statistics.h"
 
+#include <algorithm>
+#include <cmath>
 #include <numeric>
+#include <vector>
 
 #include "tools/tarn/message.h"
 #include "tools/tarn/picture.h"
+#include "tools/tarn/safe_call.h"
 
 namespace tarn::tool {
 namespace {
@@ -121,14 +125,10 @@ Statistics MeasureFrame(const PackedFrame& frame, const Bytes& bytes, int cell) 
 }
 
 double ClippedByGain(const PackedFrame& frame, const Bytes& bytes, int cell, float gain) {
-    BinTask task{frame, frame, cell, gain};
-    task.out.width /= cell;
-    task.out.height /= cell;
-    task.out.pitch = task.out.RowBytes();
-    const std::string objection = Objection(task);
-    if (!objection.empty()) throw UserError("--gain: " + objection);
+    const BinTask task = MakeTask(frame, frame.layout, cell, gain);
+    CheckTask("--gain", task);
     Bytes binned(static_cast<size_t>(task.out.Bytes()));
-    RunTask(task, bytes.data(), binned.data());
+    RunTask(task, bytes, binned);
     const std::vector<uint16_t> codes = Unpack(task.out, binned.data());
     const int64_t clipped =
         std::count(codes.begin(), codes.end(), (1 << Shape(task.out.layout).bits) - 1);

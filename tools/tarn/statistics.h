@@ -3,9 +3,10 @@
 #define TARN_TOOL_STATISTICS_H_
 
 #include <string>
+#include <vector>
 
 #include "tools/tarn/input.h"
-#include "tools/tarn/safe_call.h"
+#include "tools/tarn/packed_frame.h"
 
 namespace tarn::tool {
 

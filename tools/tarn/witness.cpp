@@ -2,11 +2,14 @@
 
 #include <libraw/libraw.h>
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "reference/operation.h"
 #include "tools/tarn/message.h"
+#include "tools/tarn/parallel.h"
 
 namespace tarn::tool {
 namespace {
@@ -31,7 +34,9 @@ const ref::Operation& FindOperation(const BinTask& task) {
 // Rows at a pitch of their own, zero past their groups.
 Bytes CopyRows(const PackedFrame& frame, const uint8_t* bytes, int64_t pitch) {
     Bytes rows(static_cast<size_t>(pitch * frame.height));
-    safe_call::CopyRows(bytes, frame.pitch, rows.data(), pitch, frame.RowBytes(), frame.height);
+    for (int64_t y = 0; y < frame.height; ++y) {
+        std::copy_n(bytes + y * frame.pitch, frame.RowBytes(), rows.data() + y * pitch);
+    }
     return rows;
 }
 
@@ -41,29 +46,30 @@ constexpr unsigned kLittleEndianPairs = 80;
 
 }  // namespace
 
-Bytes ReferenceRows(const BinTask& task, const uint8_t* src) {
+Bytes ReferenceRows(const BinTask& task, const uint8_t* src, int threads) {
     const ref::Operation& operation = FindOperation(task);
     const int rowBytes = static_cast<int>(task.out.RowBytes());
     Bytes result(static_cast<size_t>(int64_t{rowBytes} * task.out.height));
-    if (task.cell == 1) {
-        const Bytes rows = CopyRows(task.in, src, rowBytes);
-        const ref::Geometry tight{task.in.width, rowBytes, task.in.height,
-                                  task.in.width, rowBytes, task.in.height};
-        ref::Run(operation, rows.data(), result.data(), tight, task.gain);
-        return result;
-    }
     // One output row after another: widths, heights and pitches that could be mistaken for one
     // another do not meet, and one row's worth of input is copied at a time. A whole step of four
     // output pixels is there to be read.
     PackedFrame strip = task.in;
     strip.height = task.cell;
-    const int pitch =
-        static_cast<int>((int64_t{task.out.width} + 3) / 4 * 5 * task.cell + task.in.RowBytes());
-    for (int64_t y = 0; y < task.out.height; ++y) {
+    const int pitch = task.cell == 1
+                          ? rowBytes
+                          : static_cast<int>((int64_t{task.out.width} + 3) / 4 * 5 * task.cell +
+                                             task.in.RowBytes());
+    const ref::Geometry geometry{task.cell == 1 ? task.in.width : -1,
+                                 pitch,
+                                 task.cell == 1 ? 1 : -1,
+                                 task.out.width,
+                                 rowBytes,
+                                 1};
+    ParallelFor(task.out.height, threads, [&](int64_t y, int) {
         const Bytes rows = CopyRows(strip, src + y * task.cell * task.in.pitch, pitch);
-        ref::Run(operation, rows.data(), result.data() + y * rowBytes,
-                 {-1, pitch, -1, task.out.width, rowBytes, 1}, task.gain);
-    }
+        ref::Run(operation, rows.data(), result.data() + y * rowBytes, geometry, task.gain);
+        return true;
+    });
     return result;
 }
 

@@ -3,13 +3,15 @@
 #ifndef TARN_TOOL_WITNESS_H_
 #define TARN_TOOL_WITNESS_H_
 
+#include <vector>
+
 #include "tools/tarn/input.h"
 #include "tools/tarn/safe_call.h"
 
 namespace tarn::tool {
 
-// The task's output by the plain reference: tight rows, whole groups.
-Bytes ReferenceRows(const BinTask& task, const uint8_t* src);
+// The task's output by the plain reference, on so many threads: tight rows, whole groups.
+Bytes ReferenceRows(const BinTask& task, const uint8_t* src, int threads);
 
 // Whether LibRaw can unpack such a frame: qc10 or vx12, its sides within 16 bits.
 bool LibRawUnpacks(const PackedFrame& frame);

@@ -2,6 +2,7 @@
 // bit: the distributions and elementary functions of standard libraries differ between them.
 #include "tools/tarn/synth/noise.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 

@@ -1,5 +1,8 @@
 #include "tools/tarn/synth/synth_options.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include "tools/tarn/message.h"
 #include "tools/tarn/synth/scene.h"
 
