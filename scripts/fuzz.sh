@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 minutes=${1:-5}
 [ "$minutes" -gt 0 ] || { echo "fuzz: minutes must be at least 1" >&2; exit 2; }
 
-for target in frame values life_cycle; do
+for target in frame values life_cycle names pnm guess decoded; do
   found=build/fuzz-corpus/$target kept=fuzz/corpus/$target
   mkdir -p "$found" "$kept"
   build/fuzz/fuzz_$target -max_total_time=$((minutes * 60)) -max_len=1024 -print_final_stats=1 \

@@ -35,12 +35,14 @@ std::string BayerColours(LibRaw* raw) {
 
 void TakeLevels(LibRaw* raw, Mosaic* mosaic) {
     const libraw_colordata_t& colour = raw->imgdata.color;
-    const unsigned patternRows = colour.cblack[4];
-    const unsigned patternColumns = colour.cblack[5];
+    const uint64_t patternRows = colour.cblack[4];
+    const uint64_t patternColumns = colour.cblack[5];
+    const bool hasPattern = patternRows > 0 && patternColumns > 0 &&
+                            patternRows * patternColumns <= std::size(colour.cblack) - 6;
     for (unsigned i = 0; i < 4; ++i) {
         const int row = static_cast<int>(i / 2), column = static_cast<int>(i % 2);
         unsigned black = colour.black + colour.cblack[raw->COLOR(row, column)];
-        if (patternRows > 0 && patternColumns > 0) {
+        if (hasPattern) {
             black +=
                 colour.cblack[6 + i / 2 % patternRows * patternColumns + i % 2 % patternColumns];
         }
@@ -79,18 +81,28 @@ Mosaic ReadCameraRaw(const std::string& name, Bytes& bytes) {
         throw UserError(Text(name, ": is neither a PGM (P5) nor a camera raw that can be read: ",
                              libraw_strerror(error)));
     }
+    return MosaicOf(name, bytes.size(), raw.get());
+}
+
+}  // namespace
+
+Mosaic MosaicOf(const std::string& name, size_t bytes, LibRaw* raw) {
     Mosaic mosaic;
-    mosaic.colours = BayerColours(raw.get());
+    mosaic.colours = BayerColours(raw);
     const ushort* image = raw->imgdata.rawdata.raw_image;
     if (mosaic.colours.empty() || !image) {
         throw UserError(Text(name, ": is not from a sensor with a 2x2 Bayer pattern"));
     }
     const libraw_image_sizes_t& sizes = raw->imgdata.sizes;
+    CheckSizes(name, bytes, sizes);  // unpacking may have changed them
+    if (sizes.raw_pitch / 2 < sizes.raw_width) {
+        throw UserError(Text(name, ": its rows of ", sizes.raw_width, " pixels are said to lie ",
+                             sizes.raw_pitch, " bytes apart"));
+    }
     mosaic.width = sizes.width;
     mosaic.height = sizes.height;
     mosaic.camera = true;
-    CheckSizes(name, bytes.size(), sizes);  // unpacking may have changed them
-    TakeLevels(raw.get(), &mosaic);
+    TakeLevels(raw, &mosaic);
     for (int y = 0; y < mosaic.height; ++y) {
         const ushort* row = image + size_t{sizes.raw_pitch} / 2 * (size_t(y) + sizes.top_margin) +
                             sizes.left_margin;
@@ -98,8 +110,6 @@ Mosaic ReadCameraRaw(const std::string& name, Bytes& bytes) {
     }
     return mosaic;
 }
-
-}  // namespace
 
 Mosaic DecodeMosaic(const std::string& name, Bytes& bytes) {
     return IsPgm(bytes) ? ReadPgm(name, bytes) : ReadCameraRaw(name, bytes);

@@ -6,6 +6,8 @@
 
 #include "tools/tarn/input.h"
 
+class LibRaw;
+
 namespace tarn::tool {
 
 struct Mosaic {
@@ -25,6 +27,10 @@ Bytes ReadPictureFile(const std::string& path);
 // Both throw UserError, naming the file, when it is neither. LibRaw may write to the bytes.
 Mosaic DecodeMosaic(const std::string& name, Bytes& bytes);
 Mosaic ReadMosaic(const std::string& path);
+
+// The visible area of what LibRaw has decoded from a file of so many bytes. Nothing that it says of
+// sizes, pitch and levels is believed unseen. Throws UserError.
+Mosaic MosaicOf(const std::string& name, size_t bytes, LibRaw* raw);
 
 }  // namespace tarn::tool
 
