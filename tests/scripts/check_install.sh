@@ -1,13 +1,31 @@
 #!/usr/bin/env bash
 # Installs into an empty prefix and builds clients out of tree: by the CMake package (with every
 # compiler at hand), by pkg-config, and the one that loads the library at run time.
-#   check_install.sh BUILD_DIR SOURCE_DIR WORK_DIR
+#   check_install.sh BUILD_DIR SOURCE_DIR WORK_DIR [aarch64]    aarch64: a cross build, under emulation
 set -euo pipefail
-build=$1 source=$2 work=$(realpath -m "$3")
+build=$1 source=$(realpath "$2") work=$(realpath -m "$3")
 rm -rf "$work"
 prefix=$work/prefix
+
+if [ "${4:-}" = aarch64 ]; then
+  compiler=aarch64-linux-gnu-g++ compilers="aarch64-linux-gnu-g++ clang++-19"
+  emulator="qemu-aarch64 -cpu cortex-a53 -L /usr/aarch64-linux-gnu"
+else
+  compiler=g++ compilers="g++ clang++-19" emulator=
+fi
+# How CMake is told of a compiler and of the prefix. A toolchain file keeps CMake from looking for
+# packages outside its root, so the package's own folder is named.
+cmake_options() {
+  local toolchain=$source/cmake/aarch64-linux-gnu
+  case $emulator:$1 in
+    :*) echo "-DCMAKE_CXX_COMPILER=$1 -DCMAKE_PREFIX_PATH=$prefix" ;;
+    *g++) echo "-DCMAKE_TOOLCHAIN_FILE=$toolchain-g++.cmake -Dtarn_DIR=$package" ;;
+    *) echo "-DCMAKE_TOOLCHAIN_FILE=$toolchain.cmake -Dtarn_DIR=$package" ;;
+  esac
+}
 cmake --install "$build" --prefix "$prefix" >/dev/null
 library=$(find "$prefix" -name 'libTarn.camera.mirova.so')
+package=$(dirname "$library")/cmake/tarn
 
 if [ -x "$prefix/bin/tarn" ]; then
   "$prefix/bin/tarn" selftest
@@ -26,23 +44,24 @@ if [ -x "$prefix/bin/tarn" ]; then
   echo "tool: its manual page tells of every verb"
 fi
 
-for compiler in g++ clang++-19; do
-  command -v "$compiler" >/dev/null || { echo "SKIPPED $compiler"; continue; }
+for by in $compilers; do
+  command -v "$by" >/dev/null || { echo "SKIPPED $by"; continue; }
   # Away from the project, so that nothing but the prefix can be found.
-  cp -r "$source/examples" "$work/examples-$compiler"
-  cmake -S "$work/examples-$compiler" -B "$work/$compiler" -DCMAKE_PREFIX_PATH="$prefix" \
-    -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
-  cmake --build "$work/$compiler" >/dev/null
-  ctest --test-dir "$work/$compiler" --output-on-failure >/dev/null
-  echo "CMake package, $compiler: built and run"
+  cp -r "$source/examples" "$work/examples-$by"
+  # shellcheck disable=SC2046
+  cmake -S "$work/examples-$by" -B "$work/$by" $(cmake_options "$by") >/dev/null
+  cmake --build "$work/$by" >/dev/null
+  ctest --test-dir "$work/$by" --output-on-failure >/dev/null
+  echo "CMake package, $by: built and run"
 done
 
 export PKG_CONFIG_PATH=$(dirname "$library")/pkgconfig LD_LIBRARY_PATH=$(dirname "$library")
 # shellcheck disable=SC2046
-g++ -std=c++11 "$source/examples/one_frame.cpp" -o "$work/by_pkg_config" $(pkg-config --cflags --libs tarn)
-"$work/by_pkg_config"
+$compiler -std=c++11 "$source/examples/one_frame.cpp" -o "$work/by_pkg_config" $(pkg-config --cflags --libs tarn)
+$emulator "$work/by_pkg_config"
 echo "pkg-config: built and run"
 
-g++ -std=c++11 "$source/examples/load_at_run_time.cpp" -o "$work/at_run_time" -ldl $(pkg-config --cflags tarn)
-"$work/at_run_time"
+$compiler -std=c++11 "$source/examples/load_at_run_time.cpp" -o "$work/at_run_time" -ldl $(pkg-config --cflags tarn)
+$emulator "$work/at_run_time"
 echo "run time: built and run"
+echo "three kinds of clients, by $compilers"
