@@ -14,9 +14,8 @@ endif()
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
   set(tarn_level_sources engines/kernels/avx2.cpp engines/kernels/avx512.cpp)
   set_source_files_properties(engines/kernels/avx2.cpp PROPERTIES COMPILE_OPTIONS "-O2;-mavx2;-mfma")
-  # g++ 12 takes the undefined vectors of its own header for mistakes.
   set_source_files_properties(engines/kernels/avx512.cpp PROPERTIES COMPILE_OPTIONS
-    "-O2;-mavx512f;-mavx512bw;-mavx512vbmi;-mavx512vnni;$<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>")
+    "-O2;-mavx512f;-mavx512bw;-mavx512vbmi;-mavx512vnni")
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
   set(tarn_level_sources engines/kernels/neon.cpp)
   set_source_files_properties(${tarn_level_sources} PROPERTIES COMPILE_OPTIONS "-O2")

@@ -5,7 +5,15 @@
 #ifndef TARN_ENGINES_KERNELS_AVX512_VECTOR_H_
 #define TARN_ENGINES_KERNELS_AVX512_VECTOR_H_
 
+// g++ 12 takes the undefined vectors of its own header for mistakes.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <immintrin.h>
+#pragma GCC diagnostic pop
+#else
+#include <immintrin.h>
+#endif
 
 #include <cstddef>
 #include <cstdint>
