@@ -33,6 +33,9 @@ expect "BayerRG10p BayerRG12p" bin --format = BayerRG
 expect "GRBG GBRG" bin --cfa G
 expect "qc vx" bin --family ""
 expect "all" bin --frame ""
+expect "tight" convert --pitch t
+expect "png" bin --to pn
+expect "1 2 3 4" inspect --cell ""
 expect "patches" synth --chart pa
 expect "--out --out-pitch --out-bits" bin dump.raw --out
 expect "" bin ""               # a file

@@ -13,7 +13,8 @@ TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
     } kCases[] = {
         {"", "no verb is given; there are inspect, bin"},
         {"fold", "there is no verb \"fold\"; there are inspect, bin"},
-        {bin + "-f qc10 -s 16x8", "--cell is required"},
+        {bin + "-f qc10 -s 16x8", "too small or too uniform to tell its geometry"},
+        {"bin - -o kept.raw -f qc10 -s 16x8 <frame.raw", "--cell: the pixels per side"},
         {bin + "-f qc10 -s 16x8 --cell 2 --pich 20", "--pich"},
         {bin + "-f qc11 -s 16x8 --cell 2", "unknown layout \"qc11\"; there are qc10, qc12"},
         {bin + "-f qc10 -s 16 --cell 2", "not WIDTHxHEIGHT"},

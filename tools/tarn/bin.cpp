@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/tarn/bin_frames.h"
+#include "tools/tarn/guess_options.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/output.h"
 #include "tools/tarn/result.h"
@@ -213,9 +214,10 @@ void CheckInputs(const std::vector<std::string>& raws) {
     }
 }
 
-void Run(const Options& options) {
+void Run(Options options) {
     options.report.Check(options.result.out);
     CheckInputs(options.raws);
+    options.frame = WithGuess(options.raws.front(), options.frame, options.report.Quiet());
     Job job{.options = options, .spec = ParseFrame(options.frame), .plan = {}, .target = {}};
     BinPlan& plan = job.plan;
     plan.task = ParseTask(InputName(options.raws.front()), options.task, job.spec);
@@ -239,25 +241,27 @@ std::function<void()> Declare(CLI::App& command) {
     command.add_option("RAW", o->raws, "Files of packed frames; - is standard input")
         ->required()
         ->type_name("");
-    o->result.Declare(command, "KIND", "raw, pgm, png or dng, whatever the ending of FILE");
-    o->frame.Declare(command);
-    command.get_option("--size")->required();
-    command.get_option("--cell")->required();
+    o->result.Declare(command, "raw|pgm|png|dng", "Kind of FILE, whatever its ending");
+    o->frame.Declare(command, Untold::Guessed);
     o->task.Declare(command);
     o->threads.Declare(command);
     o->report.Declare(command);
     command.footer(
-        "A cell of N by N pixels becomes one; --cell 1 applies the gain only.\n\n"
+        "A cell of N by N pixels becomes one; --cell 1 applies the gain only. When -f, -s or "
+        "--cell\n"
+        "is missing, what is not told is guessed from the first file, the pitch too, and taken\n"
+        "where the guess is certain.\n\n"
         "A file is written whole or not at all, also when the run is interrupted. Where each "
         "frame\n"
         "has a file of its own, one that cannot be read is named, and the others are written all\n"
         "the same; where they share one, nothing is. When writing fails, as on a full disk, the\n"
         "run ends there; files that were complete stay.\n\n"
         "Examples:\n"
-        "  tarn bin frame.raw -o out.pgm -f qc10 -s 8160x6120 --pitch 10240 --cell 2 --gain 1.5\n"
-        "  tarn bin frame.raw -o out.dng -f SRGGB10P -s 8160x6120 --pitch auto --cell 2\n"
-        "  tarn bin *.raw -o 'binned/%s.raw' -f RAW10 -s 8160x6120 --cell 2\n"
-        "  tarn bin - -o - -f qc10 -s 8160x6120 --cell 2 --frame all <burst.raw >binned.raw\n");
+        "  tarn bin dump.raw -o dump.png -f qc10 -s 4000x3000 --pitch 5120 --cell 2 --gain 1.5\n"
+        "  tarn bin dump.raw -o dump.dng -f SRGGB10P -s 4000x3000 --pitch auto --cell 2\n"
+        "  tarn bin dump*.raw -o '%s_binned.raw' -f RAW10 -s 4000x3000 --pitch 5120 --cell 2\n"
+        "  cat dump.raw dump.raw | tarn bin - -o burst.raw -f qc10 -s 4000x3000 --pitch 5120 "
+        "--cell 2 --frame all\n");
     return [o] { Run(*o); };
 }
 

@@ -139,9 +139,9 @@ std::function<void()> Declare(CLI::App& command) {
         "two\n"
         "bits. A DNG of a frame with cells of several pixels is refused: bin it first.\n\n"
         "Examples:\n"
-        "  tarn convert frame.raw -o frame.dng -f pRAA -s 4080x3060 --pitch auto\n"
-        "  tarn convert frame.dng -o frame.raw --to BayerRG12p\n"
-        "  tarn convert burst.raw -o burst_%03d.png -f qc10 -s 4080x3060 --frame 0-2\n");
+        "  tarn convert burst.raw -o burst_%d.png -f qc10 -s 2000x1500 --frame all\n"
+        "  tarn convert dump_binned.raw -o frame.dng -f pRAA -s 2000x1500 --pitch auto\n"
+        "  tarn convert frame.dng -o frame.raw --to BayerRG12p\n");
     return [o] { Run(*o); };
 }
 

@@ -69,13 +69,13 @@ void FrameOptions::Declare(CLI::App& command, Untold untold) {
     AddText(command, "--cfa", colours, "ORDER",
             "RGGB, GRBG, GBRG or BGGR [what the name of the\nlayout says, else RGGB]");
     AddText(command, "-s,--size", size, "WxH", Text("Width and height in pixels", usual("")));
-    AddText(command, "--pitch", pitch, "BYTES",
-            Text("From one row to the next, or tight: no padding, or\nauto: by the file's size",
+    AddText(command, "--pitch", pitch, "BYTES|tight|auto",
+            Text("From one row to the next; tight: no padding; auto: by\nthe size of the file",
                  usual(" [tight]")));
     AddText(command, "--offset", offset, "BYTES", "Before the first frame [0]");
     AddText(command, "--frame", frames, "N|A-B|all",
             "Frames of a file of several, from 0 [the file holds\none]");
-    AddText(command, "--cell", cell, "N",
+    AddText(command, "--cell", cell, "1|2|3|4",
             Text("Pixels per side of one colour: 1 (plain Bayer),\n2 (Tetra), 3 (Nona), 4 "
                  "(Hexadeca)",
                  usual("")));
@@ -158,6 +158,9 @@ float ParseGain(const std::string& text) {
 }
 
 BinTask ParseTask(const std::string& name, const TaskOptions& options, const FrameSpec& spec) {
+    if (spec.cell == 0) {
+        throw UserError("--cell: the pixels per side of one colour are needed: 1, 2, 3 or 4");
+    }
     BinTask task = MakeTask(spec.frame, OutputLayout(spec.frame.layout, options.outBits), spec.cell,
                             ParseGain(options.gain));
     // A pitch that is to be derived is known once the file is, and then it fits.

@@ -4,7 +4,7 @@
 
 #include "tools/tarn/chart.h"
 #include "tools/tarn/frame_file.h"
-#include "tools/tarn/guess.h"
+#include "tools/tarn/guess_options.h"
 #include "tools/tarn/inspect_report.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/output.h"
@@ -42,27 +42,6 @@ Dump ReadTold(const Options& options) {
             std::move(run.bytes)};
 }
 
-Known KnownFromOptions(const Options& options, int64_t bytes) {
-    Known known = KnownFromName(options.raw, bytes);
-    if (const auto format = ParseFormat(options.frame)) known.layout = format->layout;
-    if (!options.frame.cell.empty()) known.cell = ParseCell(options.frame.cell);
-    if (!options.frame.size.empty()) {
-        const Size size = ParseSize("-s", options.frame.size);
-        known.width = size.width;
-        known.height = size.height;
-        known.pitch.reset();
-    }
-    const std::string& pitch = options.frame.pitch;
-    if (pitch == "tight" && known.layout && known.width) {
-        PackedFrame frame{*known.layout, *known.width, 1, 0};
-        SetPitch("--pitch", pitch, &frame);
-        known.pitch = frame.pitch;
-    } else if (!pitch.empty() && pitch != "auto" && pitch != "tight") {
-        known.pitch = ParseNumber("--pitch", pitch, 1, kLongestPitch);
-    }
-    return known;
-}
-
 Dump ReadGuessed(const Options& options) {
     const std::string name = InputName(options.raw);
     const int64_t offset = ParseOffset(options.frame.offset);
@@ -74,7 +53,8 @@ Dump ReadGuessed(const Options& options) {
     if (int64_t(bytes.size()) > kMostBytes) throw UserError(name + ": is larger than 4 GiB");
     const int64_t size = static_cast<int64_t>(bytes.size());
     bytes.erase(bytes.begin(), bytes.begin() + std::min(offset, size));
-    Guess guess = GuessFrame(name, bytes, KnownFromOptions(options, int64_t(bytes.size())));
+    Guess guess = GuessFrame(name, bytes,
+                             KnownFromOptions(options.raw, options.frame, int64_t(bytes.size())));
     const Hypothesis best = guess.ranked.front();
     return {{best.frame, best.cell, std::move(guess)}, size, std::move(bytes)};
 }
@@ -120,7 +100,7 @@ std::function<void()> Declare(CLI::App& command) {
         "too.\n\n"
         "Examples:\n"
         "  tarn inspect dump.raw\n"
-        "  tarn inspect burst.raw -f qc10 -s 8160x6120 --pitch auto --cell 2 --frame 3\n");
+        "  tarn inspect dump.raw -f SRGGB10P --gain 2 --png histogram.png\n");
     return [o] { Run(*o); };
 }
 

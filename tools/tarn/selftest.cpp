@@ -100,7 +100,10 @@ std::function<void()> Declare(CLI::App& command) {
     command.add_option("--golden", o->folder,
                        "Folder of the golden vectors [as installed with this program]");
     command.add_flag("-q,--quiet", o->quiet, "Say nothing but errors");
-    command.footer("Exit code 1, and the first difference named, when the library differs.");
+    command.footer(
+        "Exit code 1, and the first difference named, when the library differs.\n\n"
+        "Example:\n"
+        "  tarn selftest\n");
     return [o] { Run(*o); };
 }
 

@@ -104,7 +104,7 @@ std::function<void()> Declare(CLI::App& command) {
     command.footer(
         "Exit code 1, and the first pixel that differs, when they do not agree.\n\n"
         "Example:\n"
-        "  tarn verify frame.raw -f qc10 -s 8160x6120 --pitch auto --cell 2 --gain 1.5\n");
+        "  tarn verify dump.raw -f qc10 -s 4000x3000 --pitch auto --cell 2 --gain 1.5\n");
     return [o] { Run(*o); };
 }
 
