@@ -108,7 +108,7 @@ void EvValues(uint16_t* values, ptrdiff_t count, const EvRule& ev) {
 template <Layout layout>
 void PackRow(const uint16_t* src, uint8_t* dst, ptrdiff_t groups, int shift) {
     using L = LayoutType<layout>;
-    constexpr ptrdiff_t kPixels = 2 * kWideLanes, kGroups = kPixels / L::kGroupPixels;
+    constexpr ptrdiff_t kPixels = ptrdiff_t{2} * kWideLanes, kGroups = kPixels / L::kGroupPixels;
     const __m128i down = _mm_cvtsi32_si128(shift);
     for (; groups >= kGroups; groups -= kGroups, src += kPixels) {
         const __m512i low = _mm512_srl_epi16(LoadWide(src), down);

@@ -144,7 +144,8 @@ const std::vector<Runner>& SelectedRunners() {
             add(level.kernels->name, level.kernels, level.supported());
         }
 #ifdef TARN_EMULATED_AVX512
-        add("emulated512", &tarn::kEmulatedAvx512Kernels, __builtin_cpu_supports("avx2"));
+        add("emulated512", &tarn::kEmulatedAvx512Kernels,
+            __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"));
 #endif
         if (!known) throw std::invalid_argument("TARN_TEST_LEVEL names no level");
         return runners;
