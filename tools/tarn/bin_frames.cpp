@@ -170,17 +170,18 @@ std::span<const uint8_t> ReadSome(const InputFile& file, const std::string& path
 }
 
 void BinFileFrame(const BinPlan& plan, int64_t i, int side, Binner* binner) {
-    const auto [run, index] = plan.frames[static_cast<size_t>(i)];
-    const PackedFrame& frame = run->frame;
+    const FrameRun& run = *plan.frames[static_cast<size_t>(i)].run;
+    const int64_t index = plan.frames[static_cast<size_t>(i)].index;
+    const PackedFrame& frame = run.frame;
     BinTask task = plan.task;
     task.in.pitch = frame.pitch;
-    const std::optional<InputFile> file =
-        run->bytes.empty() ? std::optional<InputFile>(std::in_place, run->path) : std::nullopt;
-    const ReadRows read = [&, index = index, run = run](int64_t row, int64_t rows, Buffer* buffer) {
+    std::optional<InputFile> file;
+    if (run.bytes.empty()) file.emplace(run.path);
+    const ReadRows read = [&](int64_t row, int64_t rows, Buffer* buffer) {
         const int64_t at = row * frame.pitch;
-        const int64_t bytes = std::min(rows * frame.pitch, run->Available(index) - at);
-        if (!file) return run->At(index).subspan(size_t(at), size_t(bytes));
-        return ReadSome(*file, run->path, run->begin + index * frame.Bytes() + at, bytes, buffer);
+        const int64_t bytes = std::min(rows * frame.pitch, run.Available(index) - at);
+        if (!file) return run.At(index).subspan(size_t(at), size_t(bytes));
+        return ReadSome(*file, run.path, run.begin + index * frame.Bytes() + at, bytes, buffer);
     };
     const bool shared = plan.names.size() < plan.frames.size();
     binner->Frame(i, side, task, read, shared ? "" : plan.names[static_cast<size_t>(i)]);
