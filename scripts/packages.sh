@@ -2,7 +2,7 @@
 
 packages_build="g++ cmake make"
 packages_tool="libcli11-dev libraw-dev libpng-dev libtiff-dev nlohmann-json3-dev libcairo2-dev pkg-config"
-packages_test="googletest libsimde-dev qemu-user binutils python3 python3-numpy python3-pil libraw-bin"
+packages_test="googletest libsimde-dev qemu-user binutils python3 python3-numpy python3-pil libraw-bin groff-base"
 packages_clang="clang-19 lld-19 llvm-19 libclang-rt-19-dev"
 packages_arm="g++-aarch64-linux-gnu qemu-user"
 packages_lint="clang-format-14 clang-tidy-14 cppcheck doxygen git"
