@@ -111,6 +111,7 @@ class Worker:
         for output in {**bench.objects, **bench.support}:
             (self.folder / output).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(bench.base / output, self.folder / output)
+        (self.folder / 'exports.map').write_text(self.exports)
 
     def judge(self, texts, exports=None):
         """What becomes of these files' new texts: 'refused' by compiler or linker, 'same' code,
