@@ -57,7 +57,10 @@ double Median(std::vector<double> values) {
 // As the library chooses by itself, once for each call.
 const char* LevelTaken() {
 #ifdef __x86_64__
-    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? "avx2" : "scalar";
+    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma")) return "scalar";
+    const bool wide = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vnni");
+    return wide ? "avx512" : "avx2";
 #elif defined(__aarch64__)
     return "neon";
 #else
