@@ -62,19 +62,22 @@ class Bench:
             done = run(command, cwd=ROOT)
             if done.returncode:
                 sys.exit(done.stdout + done.stderr)
-        self.objects = {}
+        self.objects, self.includes = {}, {}
         for entry in json.loads((self.base / 'compile_commands.json').read_text()):
             output = re.search(r' -o (\S+)', entry['command']).group(1)
             # The library's, and its source that the tests compile for processors that lack a level.
             if 'tarn_objects.dir' in output or '/emulated/' in output:
-                self.objects[os.path.relpath(Path(entry['directory']) / output, self.base)] = entry['command']
-        self.includes = {o: (self.base / (o + '.d')).read_text() for o in self.objects}
+                folder = Path(entry['directory'])
+                name = os.path.relpath(folder / output, self.base)
+                self.objects[name] = entry['command']
+                # Names may be relative: a compiler cache makes them so.
+                included = (self.base / (name + '.d')).read_text().split()
+                self.includes[name] = {os.path.normpath(folder / file) for file in included}
         self.support = {str(o.relative_to(self.base)): None for o in self.base.glob(f'tests/{SUPPORT}/**/*.o')}
 
     def objects_of(self, file):
         """The objects that a change of this file may change."""
-        path = re.escape(str(ROOT / file))
-        return [o for o, names in self.includes.items() if re.search(path + r'(\s|$)', names)]
+        return [o for o, names in self.includes.items() if str(ROOT / file) in names]
 
     def stages(self):
         for name, command, seconds in STAGES:
