@@ -139,7 +139,8 @@ class Worker:
                     shutil.copy(self.bench.base / output, self.folder / output)
 
     def is_base(self, output):
-        return (self.folder / output).read_bytes() == (self.bench.base / output).read_bytes()
+        made = self.folder / output  # not there after a compiler's refusal
+        return made.exists() and made.read_bytes() == (self.bench.base / output).read_bytes()
 
     def compile(self, output):
         command = self.bench.objects[output].replace(f'{ROOT}/', f'{self.folder}/tree/')
