@@ -188,7 +188,7 @@ std::vector<std::string> RunFrames(Job* job) {
     const std::vector<std::string>& raws = job->options.raws;
     try {
         const bool pipe = raws.size() == 1 && FramePipe::Serves(raws.front(), job->spec);
-        const std::vector<std::string> names = pipe ? RunPipe(job) : RunFiles(job);
+        std::vector<std::string> names = pipe ? RunPipe(job) : RunFiles(job);
         job->seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         return names;

@@ -107,7 +107,7 @@ void Binner::Strips(const BinTask& task, int side, const ReadRows& read, const P
     const int64_t rows = std::max<int64_t>(kStripBytes / (task.in.pitch * task.cell), 1);
     const int threads = plan_.threads / side_;
     ParallelFor((task.out.height + rows - 1) / rows, threads, [&](int64_t i, int thread) {
-        Worker& worker = strips_[static_cast<size_t>(side * threads + thread)];
+        Worker& worker = strips_[static_cast<size_t>(int64_t{side} * threads + thread)];
         const BinTask strip = RowsOf(task, i * rows, rows);
         std::span<const uint8_t> src;
         {
