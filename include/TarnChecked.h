@@ -202,7 +202,7 @@ inline void CheckCompensation(TarnCall& call, const Facts& facts, const BufferIn
     const int group = GroupBytes(facts.inBits);
     call.inStride = call.outStride = pitch;
     if (pitch > 0 && height > 0) {
-        call.srcBytes = call.dstBytes = Extent(height, pitch, pitch / group * group);
+        call.srcBytes = call.dstBytes = Extent(height, pitch, pitch - pitch % group);
     }
     if (CheckShape(call, facts, info)) return;
     if (info.inStride != info.outStride) {
