@@ -119,7 +119,8 @@ TARN_INLINE void StoreGroups(uint8_t* dst, const uint8x16_t (&first)[4], uint8x1
 }
 
 // Layouts, as blocks of kPixels in an order of their own:
-//   Unpack       pixels at the top of their lanes, zeros below; moves src on
+//   Unpack       pixels at the top of their lanes, zeros below; moves src on. VX 10-bit: see
+//                VXRaw10ByPlace
 //   Arranged     pixels in the row's order, brought to the layout's
 //   Pack<below>  takes the pixels above the lowest `below` bits of each lane; bits above them only
 //                where they end at the top
@@ -127,24 +128,23 @@ template <class L>
 struct NeonLayout;
 
 // The row's order.
-template <class L>
 struct NeonTenBits {
     static constexpr int kPixels = 64;
     using Block = Lanes<kPixels / kLanes>;
 
-    TARN_INLINE Block Unpack(const uint8_t*& src) {
-        Block pixels;
-        const EightyBytes bytes = EightyBytes::Load(src);
-        ForEach<8>([&](auto i) TARN_INLINE_LAMBDA {
-            pixels.v[i] = vandq_u16(EightPixels<L, i>(bytes), Words(0xFFC0));
-        });
-        return pixels;
-    }
     TARN_INLINE Block Arranged(const Block& pixels) { return pixels; }
 };
 
 template <>
-struct NeonLayout<QCRaw10> : NeonTenBits<QCRaw10> {
+struct NeonLayout<QCRaw10> : NeonTenBits {
+    TARN_INLINE Block Unpack(const uint8_t*& src) {
+        Block pixels;
+        const EightyBytes bytes = EightyBytes::Load(src);
+        ForEach<8>([&](auto i) TARN_INLINE_LAMBDA {
+            pixels.v[i] = vandq_u16(EightPixels<QCRaw10, i>(bytes), Words(0xFFC0));
+        });
+        return pixels;
+    }
     // A field of two bits is taken with bits above it from the bottom of a byte, or with bits below
     // it from the top: joining drops them.
     template <int below>
@@ -176,7 +176,7 @@ struct NeonLayout<QCRaw10> : NeonTenBits<QCRaw10> {
 };
 
 template <>
-struct NeonLayout<VXRaw10> : NeonTenBits<VXRaw10> {
+struct NeonLayout<VXRaw10> : NeonTenBits {
     // Pixel k moved up by 2k bits covers its bits of bytes k and k+1. There the second byte's bits
     // replace what was below the next pixel.
     template <int below>
