@@ -130,6 +130,7 @@ std::vector<int64_t> Positions(int count, int64_t least, int64_t most) {
     std::mt19937_64 random(1);
     std::vector<int64_t> positions;
     if (most < least) return positions;
+    count = static_cast<int>(std::min<int64_t>(count, most - least + 1));
     const double step = double(most - least + 1) / count;
     for (int i = 0; i < count; ++i) {
         const double within = double(random() >> 11) * 0x1p-53;
