@@ -1,0 +1,96 @@
+#include "tools/tarn/bin_job.h"
+
+#include <chrono>
+#include <functional>
+
+#include "tools/tarn/message.h"
+#include "tools/tarn/output.h"
+
+namespace tarn::tool {
+namespace {
+
+// Finds the frames of all files. A file without them ends the run only where it is the only one, or
+// all frames go to one file.
+void FindAllFrames(BinJob* job) {
+    for (const std::string& raw : job->options.raws) {
+        try {
+            job->runs.push_back(FindFrames(raw, job->spec));
+        } catch (const UserError& error) {
+            if (!job->Separate() || job->options.raws.size() == 1) throw;
+            job->failures.push_back(error.what());
+        }
+    }
+}
+
+// The number in a name is that in the file, or where nothing else tells files apart, goes on.
+std::vector<FrameName> NamesOfFrames(const BinJob& job) {
+    const bool goesOn =
+        job.options.raws.size() > 1 && !NamePattern(job.options.result.out).NamesInput();
+    std::vector<FrameName> names;
+    for (const FrameRun& run : job.runs) {
+        for (int64_t i = 0; i < run.count; ++i) {
+            names.push_back({run.path, goesOn ? int64_t(names.size()) : run.first + i});
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> RunFiles(BinJob* job) {
+    FindAllFrames(job);
+    CheckMemory(job->plan.task.out);
+    for (const FrameRun& run : job->runs) {
+        for (int64_t i = 0; i < run.count; ++i) job->plan.frames.push_back({&run, i});
+    }
+    if (job->plan.frames.empty()) return {};
+    job->plan.names =
+        OutputNames(job->options.result.out, job->target, NamesOfFrames(*job), job->options.raws);
+    BinFrames(job->plan, &job->outcome);
+    std::vector<std::string> names;
+    for (size_t i = 0; i < job->plan.names.size(); ++i) {
+        if (job->outcome.failures.count(int64_t(i)) == 0) names.push_back(job->plan.names[i]);
+    }
+    return names;
+}
+
+std::vector<std::string> RunPipe(BinJob* job) {
+    const std::string& raw = job->options.raws.front();
+    const std::string& out = job->options.result.out;
+    const NamePattern pattern(out);
+    const FrameRange& frames = job->spec.frames;
+    if (!job->Separate() && job->plan.encode && frames.told && frames.first != frames.last) {
+        throw UserError("-o: several frames need a %d in the name, such as frame_%03d." +
+                        Ending(out));
+    }
+    FramePipe pipe(raw, job->spec);
+    CheckMemory(job->plan.task.out);
+    const auto name = [&](int64_t number) { return pattern.Of({raw, number}); };
+    const bool numbered = pattern.Numbers();
+    BinPipe(job->plan, &pipe, name(frames.first),
+            numbered ? std::function<std::string(int64_t)>(name) : nullptr, &job->outcome);
+    job->runs.push_back(pipe.Run());
+    std::vector<std::string> names{name(frames.first)};
+    for (int64_t i = 1; numbered && i < job->outcome.frames; ++i) {
+        names.push_back(name(frames.first + i));
+    }
+    return names;
+}
+
+}  // namespace
+
+std::vector<std::string> RunFrames(BinJob* job) {
+    const auto start = std::chrono::steady_clock::now();
+    const std::vector<std::string>& raws = job->options.raws;
+    try {
+        const bool pipe = raws.size() == 1 && FramePipe::Serves(raws.front(), job->spec);
+        std::vector<std::string> names = pipe ? RunPipe(job) : RunFiles(job);
+        job->seconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        return names;
+    } catch (const RunError& error) {
+        const int64_t done = job->outcome.frames;
+        if (!job->Separate() || done == 0) throw;
+        throw RunError(Text(error.what(), "; files written before: ", done));
+    }
+}
+
+}  // namespace tarn::tool
