@@ -127,10 +127,16 @@ TEST_F(FrameVerbs, InspectCountsWhatIsThere) {
     ASSERT_EQ(Tarn("inspect a.raw -f qc10 -s 16x8 --pitch 23 --cell 2 --svg a.svg --png a.png"), 0);
     // The second of two frames after a header.
     Write("two.raw", "header" + std::string(8 * 23, '\0') + Read("a.raw"));
-    const json second =
-        Ask("inspect two.raw --offset 6 --frame 1 -f pRAA -s 16x8 --pitch 23 --cell 2 --gain 2");
+    const std::string place =
+        "inspect two.raw --offset 6 --frame 1 -f pRAA -s 16x8 --pitch 23 --cell 2 --gain 2";
+    const json second = Ask(place);
     EXPECT_EQ(second["colours"], answer["colours"]);
     EXPECT_EQ(second["gain"], answer["gain"]);
+    // The command that it proposes finds the same frame. A PNG of it would be too small.
+    ASSERT_EQ(
+        Tarn(place + " | sed -n 's/^to see it: *tarn //; s/png/pgm/p' | tr -d '\\n' >command"), 0);
+    EXPECT_EQ(Tarn(Read("command")), 0) << said_;
+    EXPECT_NE(Read("two.pgm"), "");
     EXPECT_EQ(Read("a.png").substr(1, 3), "PNG");
     EXPECT_NE(Read("a.svg").find("</svg>"), std::string::npos);
 }

@@ -59,6 +59,11 @@ Dump ReadGuessed(const Options& options) {
     return {{best.frame, best.cell, std::move(guess)}, size, std::move(bytes)};
 }
 
+std::string PlaceOptions(const FrameOptions& frame) {
+    return (frame.offset.empty() ? "" : " --offset " + frame.offset) +
+           (frame.frames.empty() ? "" : " --frame " + frame.frames);
+}
+
 void Run(const Options& options) {
     for (const std::string& chart : {options.svg, options.png}) {
         if (!chart.empty()) CheckOutput(chart, options.raw);
@@ -80,7 +85,12 @@ void Run(const Options& options) {
     if (!options.png.empty()) {
         WriteFile(options.png, DrawHistogram(ChartKind::Png, title, statistics));
     }
-    const Report report{InputName(options.raw), dump.fileBytes, subject, statistics, byGain};
+    const Report report{InputName(options.raw),
+                        PlaceOptions(options.frame),
+                        dump.fileBytes,
+                        subject,
+                        statistics,
+                        byGain};
     const std::string text = options.report.json ? ReportJson(report) : ReportText(report);
     WriteFile("-", Bytes(text.begin(), text.end()));
 }

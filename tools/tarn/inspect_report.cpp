@@ -58,7 +58,7 @@ std::string NextStep(const Report& report) {
     const std::string picture = std::filesystem::path(file).stem().string() + ".png";
     return Text("to see it:  tarn ", subject.cell > 1 ? "bin " : "convert ", Quoted(file), " -o ",
                 Quoted(picture), " -f ", LayoutName(frame.layout), " -s ", frame.width, "x",
-                frame.height, " --pitch ", frame.pitch,
+                frame.height, " --pitch ", frame.pitch, report.place,
                 subject.cell > 1 ? Text(" --cell ", subject.cell) : "", "\n");
 }
 

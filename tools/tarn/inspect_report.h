@@ -25,6 +25,7 @@ struct GainEffect {
 
 struct Report {
     std::string file;
+    std::string place;  // options that say where in the file the frame is, as given; or empty
     int64_t bytes;
     const Subject& subject;
     const Statistics& statistics;
