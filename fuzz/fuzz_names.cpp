@@ -22,7 +22,7 @@ void Require(bool kept) {
 
 void FuzzFormat(const std::string& text) {
     const NamedFormat format = FindFormat("-f", text);
-    Require(text.ends_with(format.name) && ParseLayout(text) == format.layout);
+    Require(text.ends_with(format.name));
     if (!format.colours.empty()) CheckColourOrder("--cfa", format.colours);
 }
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tools/tarn/formats.h"
 #include "tools/tarn/geometry.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/output.h"
@@ -15,8 +16,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        const tarn::PackedFrame frame{ParseLayout(argv[1]), std::atoi(argv[2]), std::atoi(argv[3]),
-                                      std::atoi(argv[4])};
+        const tarn::PackedFrame frame{FindFormat("LAYOUT", argv[1]).layout, std::atoi(argv[2]),
+                                      std::atoi(argv[3]), std::atoi(argv[4])};
         const Bytes packed = ReadFile(argv[5], frame.Bytes());
         CheckFileSize(argv[5], static_cast<int64_t>(packed.size()), frame);
         Bytes codes;

@@ -141,7 +141,7 @@ std::function<void()> Declare(CLI::App& command) {
     o->task.Declare(command);
     AddText(command, "--rounds", o->rounds, "N", "Frames to measure [15]");
     o->threads.Declare(command, "1");
-    o->report.Declare(command);
+    o->report.DeclareJson(command);
     command.footer(
         "Only the library's operation is timed, on one thread unless --threads says more; the "
         "copy\n"

@@ -13,15 +13,15 @@
 namespace tarn::tool {
 namespace {
 
-Bytes Encode(const BinJob& job, std::span<const uint8_t> packed) {
+// What every frame's picture has in common: all but its codes.
+Picture MakeFrameless(const BinJob& job) {
     Picture picture{.width = job.target.packed.width,
                     .height = job.target.packed.height,
                     .bits = job.target.bits,
-                    .codes = Unpack(job.target.packed, packed.data()),
                     .colours = job.spec.colours};
     UseOurLevels(&picture);
-    ApplyLevels(job.options.result.levels, &picture);
-    return Encode(job.target, std::move(picture));
+    if (job.target.NeedsBayer()) ApplyLevels(job.options.result.levels, &picture);
+    return picture;
 }
 
 void CheckInputs(const std::vector<std::string>& raws) {
@@ -46,7 +46,12 @@ void Run(BinOptions options) {
     CheckColours(job.target, job.spec.colours);
     CheckOutputs({NamePattern(options.result.out).Of({options.raws.front(), 0})}, options.raws);
     if (job.target.kind != FileKind::Packed) {
-        plan.encode = [&job](std::span<const uint8_t> packed) { return Encode(job, packed); };
+        plan.encode = [target = job.target,
+                       frameless = MakeFrameless(job)](std::span<const uint8_t> packed) {
+            Picture picture = frameless;
+            picture.codes = Unpack(target.packed, packed.data());
+            return Encode(target, std::move(picture));
+        };
     }
     Report(job, RunFrames(&job));
     TellFailures(job);
@@ -66,7 +71,7 @@ std::function<void()> Declare(CLI::App& command) {
         "A cell of N by N pixels becomes one; --cell 1 applies the gain only. When -f, -s or "
         "--cell\n"
         "is missing, what is not told is guessed from the first file, the pitch too, and taken\n"
-        "where the guess is certain.\n\n"
+        "where the guess is certain; else the pitch is tight, unless it is given.\n\n"
         "A file is written whole or not at all, also when the run is interrupted. Where each "
         "frame\n"
         "has a file of its own, one that cannot be read is named, and the others are written all\n"

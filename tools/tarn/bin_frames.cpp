@@ -10,16 +10,6 @@
 namespace tarn::tool {
 namespace {
 
-// Bytes of a file from one on, in the buffer.
-std::span<const uint8_t> ReadSome(const InputFile& file, const std::string& path, int64_t offset,
-                                  int64_t bytes, Buffer* buffer) {
-    const std::span<uint8_t> to = buffer->Get(bytes);
-    if (file.ReadAt(offset, to) < bytes) {
-        throw UserError(Text(InputName(path), ": became shorter while it was read"));
-    }
-    return to;
-}
-
 void BinFileFrame(const BinPlan& plan, int64_t i, int side, Binner* binner) {
     const FrameRun& run = *plan.frames[static_cast<size_t>(i)].run;
     const int64_t index = plan.frames[static_cast<size_t>(i)].index;
@@ -32,7 +22,9 @@ void BinFileFrame(const BinPlan& plan, int64_t i, int side, Binner* binner) {
         const int64_t at = row * frame.pitch;
         const int64_t bytes = std::min(rows * frame.pitch, run.Available(index) - at);
         if (!file) return run.At(index).subspan(size_t(at), size_t(bytes));
-        return ReadSome(*file, run.path, run.begin + index * frame.Bytes() + at, bytes, buffer);
+        const std::span<uint8_t> to = buffer->Get(bytes);
+        file->ReadWholeAt(run.begin + index * frame.Bytes() + at, to);
+        return std::span<const uint8_t>(to);
     };
     const bool shared = plan.names.size() < plan.frames.size();
     binner->Frame(i, side, task, read, shared ? "" : plan.names[static_cast<size_t>(i)]);

@@ -58,8 +58,7 @@ std::vector<std::string> RunPipe(BinJob* job) {
     const NamePattern pattern(out);
     const FrameRange& frames = job->spec.frames;
     if (!job->Separate() && job->plan.encode && frames.told && frames.first != frames.last) {
-        throw UserError("-o: several frames need a %d in the name, such as frame_%03d." +
-                        Ending(out));
+        throw UserError("-o: several frames need a %d in the name, such as frame_%03d");
     }
     FramePipe pipe(raw, job->spec);
     CheckMemory(job->plan.task.out);

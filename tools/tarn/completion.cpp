@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "tools/tarn/formats.h"
+#include "tools/tarn/geometry.h"
 
 namespace tarn::tool {
 namespace {
@@ -21,21 +22,20 @@ Words OptionNames(const CLI::App& app) {
     return names;
 }
 
-// By how the help writes the option's value. Of alternatives such as "N|A-B|all", those without a
-// capital are meant as they are.
+// By how the help writes the option's value, such as "NAME|raw|pgm": what has a capital stands for
+// something.
 Words Values(const std::string& type) {
     Words values;
-    if (type == "ORDER") return {"RGGB", "GRBG", "GBRG", "BGGR"};
-    if (type == "NAME") {
-        for (const NamedFormat& format : AllFormats()) values.push_back(format.name);
-        return values;
-    }
-    if (type.find('|') == std::string::npos) return {};
     std::istringstream alternatives(type);
     for (std::string value; std::getline(alternatives, value, '|');) {
-        if (std::none_of(value.begin(), value.end(),
-                         [](unsigned char c) { return std::isupper(c); }))
+        if (value == "ORDER") {
+            values.insert(values.end(), std::begin(kColourOrders), std::end(kColourOrders));
+        } else if (value == "NAME") {
+            for (const NamedFormat& format : AllFormats()) values.push_back(format.name);
+        } else if (std::none_of(value.begin(), value.end(),
+                                [](unsigned char c) { return std::isupper(c); })) {
             values.push_back(value);
+        }
     }
     return values;
 }

@@ -128,9 +128,9 @@ std::function<void()> Declare(CLI::App& command) {
             "Packed frames (with -f and -s), a PGM, a DNG or another\ncamera raw; - is standard "
             "input")
         ->required();
-    o->result.Declare(command, "NAME",
-                      "Layout to pack in, by any name of tarn formats, or raw,\npgm, png, dng "
-                      "whatever the ending of FILE [as RAW]");
+    o->result.Declare(command, "NAME|raw|pgm|png|dng",
+                      "Layout to pack in, by any name of tarn formats, or\nkind of FILE, whatever "
+                      "its ending [as RAW]");
     o->frame.Declare(command);
     o->threads.Declare(command);
     o->report.Declare(command);

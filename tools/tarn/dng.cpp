@@ -132,9 +132,8 @@ Bytes EncodeDng(const Picture& picture) {
         std::max(picture.width, picture.height) > kLongestSide || samples > kMostSamples) {
         throw UserError(Text("a frame of ", picture.width, "x", picture.height,
                              " cannot become a DNG that opens: sides from ", kShortestSide, " to ",
-                             Grouped(kLongestSide), " and 4 GiB of samples do"));
+                             Grouped(kLongestSide), ", at most 4 GiB of samples"));
     }
-    TIFFSetErrorHandler(nullptr);
     // What they would print, on behalf of all threads, says nothing to the user.
     [[maybe_unused]] static const auto silent =
         std::pair(TIFFSetErrorHandler(nullptr), TIFFSetWarningHandler(nullptr));

@@ -15,12 +15,13 @@ namespace {
 using nlohmann::json;
 
 // In the order of Layout.
-constexpr const char* kDescriptions[kLayoutCount] = {
+constexpr const char* kDescriptions[] = {
     "bits 9..2 of four pixels, a byte each, then a byte of their bits 1..0",
     "bits 11..4 of two pixels, a byte each, then a byte of their bits 3..0",
     "one stream of bits, least significant first",
     "one stream of bits, least significant first",
 };
+static_assert(std::size(kDescriptions) == kLayoutCount);
 
 std::string Table() {
     std::ostringstream text;

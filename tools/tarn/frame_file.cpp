@@ -67,11 +67,6 @@ void Locate(const std::string& name, int64_t bytes, const FrameSpec& spec, Frame
     run->length = std::min(run->count * size, bytes - run->first * size);
 }
 
-std::string NameOf(const std::string& path, const FrameSpec& spec) {
-    return spec.offset > 0 ? Text(InputName(path), " after --offset ", spec.offset)
-                           : InputName(path);
-}
-
 // How far a pipe is read, whose end is not known beforehand.
 int64_t PipeLimit(const FrameSpec& spec) {
     if (spec.frame.pitch == 0 || spec.frames.last < 0) return kMostBytes;
@@ -104,7 +99,7 @@ FrameRun FindFrames(const std::string& path, const FrameSpec& spec) {
         run.bytes = ReadPipe(path, spec);
         size = static_cast<int64_t>(run.bytes.size());
     }
-    Locate(NameOf(path, spec), std::max<int64_t>(size - spec.offset, 0), spec, &run);
+    Locate(InputName(path, spec.offset), std::max<int64_t>(size - spec.offset, 0), spec, &run);
     CheckMemory(run.frame);
     if (pipe) {
         run.bytes.erase(run.bytes.begin(), run.bytes.begin() + run.begin);
@@ -118,9 +113,7 @@ FrameRun ReadFrames(const std::string& path, const FrameSpec& spec) {
     if (!run.bytes.empty()) return run;
     CheckMemory(run.frame, run.count);
     run.bytes.resize(static_cast<size_t>(run.length));
-    if (InputFile(path).ReadAt(run.begin, run.bytes) < run.length) {
-        throw RunError(Text(path, ": became shorter while it was read"));
-    }
+    InputFile(path).ReadWholeAt(run.begin, run.bytes);
     return run;
 }
 
@@ -158,7 +151,7 @@ void FramePipe::ExpectEnd() {
 
 bool FramePipe::Next(std::span<uint8_t> frame) {
     if (ended_ || next_ == run_.count) return false;
-    const std::string name = NameOf(run_.path, spec_);
+    const std::string name = InputName(run_.path, spec_.offset);
     if (next_ == 0) Skip(spec_.offset + run_.first * run_.frame.Bytes());
     const int64_t got = file_.Read(frame.first(size_t(run_.frame.Bytes())));
     if (got < run_.frame.LeastBytes()) {

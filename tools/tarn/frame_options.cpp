@@ -1,7 +1,6 @@
 #include "tools/tarn/frame_options.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <thread>
 #include <tuple>
 
@@ -71,7 +70,7 @@ void FrameOptions::Declare(CLI::App& command, Untold untold) {
     AddText(command, "-s,--size", size, "WxH", Text("Width and height in pixels", usual("")));
     AddText(command, "--pitch", pitch, "BYTES|tight|auto",
             Text("From one row to the next; tight: no padding; auto: by\nthe size of the file",
-                 usual(" [tight]")));
+                 guessed ? " [see below]" : " [tight]"));
     AddText(command, "--offset", offset, "BYTES", "Before the first frame [0]");
     AddText(command, "--frame", frames, "N|A-B|all",
             "Frames of a file of several, from 0 [the file holds\none]");
@@ -148,13 +147,7 @@ void TaskOptions::Declare(CLI::App& command) {
 }
 
 float ParseGain(const std::string& text) {
-    constexpr float kMost = 1e6f;
-    char* end = nullptr;
-    const float gain = std::strtof(text.c_str(), &end);
-    if (text.empty() || *end || !(gain >= 0 && gain <= kMost)) {
-        throw UserError(Text("--gain: \"", text, "\" is not a number from 0 to 1,000,000"));
-    }
-    return gain;
+    return static_cast<float>(ParseReal("--gain", text, 0, 1'000'000));
 }
 
 BinTask ParseTask(const std::string& name, const TaskOptions& options, const FrameSpec& spec) {
@@ -182,8 +175,12 @@ int ThreadOptions::Count(int usual) const {
     return std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, kMostThreads);
 }
 
-void ReportOptions::Declare(CLI::App& command) {
+void ReportOptions::DeclareJson(CLI::App& command) {
     command.add_flag("--json", json, "Report on standard output, for machines");
+}
+
+void ReportOptions::Declare(CLI::App& command) {
+    DeclareJson(command);
     command.add_flag("-q,--quiet", quiet, "Say nothing but errors");
 }
 

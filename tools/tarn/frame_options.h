@@ -88,6 +88,7 @@ struct ReportOptions {
     bool quiet = false;
 
     void Declare(CLI::App& command);
+    void DeclareJson(CLI::App& command);  // of a verb that only reports
     bool Quiet() const { return quiet || json; }
     // Throws UserError when results and the report would both go to standard output.
     void Check(const std::string& out) const;

@@ -1,16 +1,16 @@
 #include "tools/tarn/geometry.h"
 
 #include <charconv>
+#include <iterator>
 
-#include "tools/tarn/formats.h"
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
 namespace {
 
 // In the order of Layout.
-constexpr const char* kNames[kLayoutCount] = {"qc10", "qc12", "vx10", "vx12"};
-constexpr const char* kColourOrders[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
+constexpr const char* kNames[] = {"qc10", "qc12", "vx10", "vx12"};
+static_assert(std::size(kNames) == kLayoutCount);
 
 // Keeps every product of a width, a height and a few bytes within 64 bits.
 constexpr int64_t kLongestSide = 1'000'000'000;
@@ -19,10 +19,6 @@ constexpr int64_t kLongestSide = 1'000'000'000;
 
 const char* LayoutName(Layout layout) {
     return kNames[static_cast<int>(layout)];
-}
-
-Layout ParseLayout(const std::string& text) {
-    return FindFormat("-f", text).layout;
 }
 
 int64_t ParseNumber(const std::string& option, const std::string& text, int64_t least,
@@ -35,6 +31,15 @@ int64_t ParseNumber(const std::string& option, const std::string& text, int64_t 
                              " to ", Grouped(most)));
     }
     return number;
+}
+
+double ParseReal(const std::string& option, const std::string& text, double least, double most) {
+    double number = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error == std::errc() && stop == end && number >= least && number <= most) return number;
+    throw UserError(Text(option, ": \"", text, "\" is not a number from ", least, " to ",
+                         Grouped(int64_t(most))));
 }
 
 Size ParseSize(const std::string& option, const std::string& text) {

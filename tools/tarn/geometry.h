@@ -12,12 +12,12 @@ namespace tarn::tool {
 inline constexpr char kLayoutNames[] = "qc10, qc12, vx10, vx12";
 const char* LayoutName(Layout layout);
 
-// Each parser throws a UserError that names the option. A layout can go by any of its names.
-Layout ParseLayout(const std::string& text);
-
+// Each parser throws a UserError that names the option.
 // A whole number in a range.
 int64_t ParseNumber(const std::string& option, const std::string& text, int64_t least,
                     int64_t most);
+// Any number in a range whose end is a whole one.
+double ParseReal(const std::string& option, const std::string& text, double least, double most);
 
 struct Size {
     int width;
@@ -45,7 +45,8 @@ void CheckFileSize(const std::string& name, int64_t bytes, const PackedFrame& fr
 
 std::string Describe(const PackedFrame& frame);
 
-// "RGGB", "GRBG", "GBRG" or "BGGR".
+// Of the top left 2x2, row by row.
+inline constexpr const char* kColourOrders[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
 void CheckColourOrder(const std::string& option, const std::string& text);
 
 }  // namespace tarn::tool

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "tools/tarn/formats.h"
 #include "tools/tarn/geometry.h"
 #include "tools/tarn/message.h"
 
@@ -52,8 +53,9 @@ std::vector<uint16_t> ReadValues(const std::string& path, const PackedFrame& fra
 GoldenFrame ReadFrame(const fs::path& folder, const Json& entry) {
     GoldenFrame golden;
     golden.name = entry.at("name").get<std::string>();
-    golden.frame = {ParseLayout(entry.at("layout").get<std::string>()), Side(entry, "width"),
-                    Side(entry, "height"), Side(entry, "pitch")};
+    golden.frame = {
+        FindFormat(golden.name + ": layout", entry.at("layout").get<std::string>()).layout,
+        Side(entry, "width"), Side(entry, "height"), Side(entry, "pitch")};
     CheckPitch(golden.name + ": pitch", golden.frame);
     golden.packed =
         ReadExactly(folder / entry.at("packed").get<std::string>(), golden.frame.Bytes());

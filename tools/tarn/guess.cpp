@@ -25,6 +25,11 @@ constexpr double kRareShape = 0.01;     // added when one side is more than twic
 constexpr double kNoContrast = 0.03;    // added when a step into another colour costs no more
 constexpr double kLongestShape = 4;     // one side over the other, at most
 constexpr size_t kFinalists = 64;       // pitches measured in full
+constexpr double kNoise = 0.7;          // what leaves as much as this is like noise
+
+// How far behind the next best has to be for a guess to be likely, and to be certain.
+constexpr double kLikelyLayout = 0.03, kCertainLayout = 0.06;
+constexpr double kLikely = 0.01, kCertain = 0.02;
 
 Certainty Trust(double margin, double likely, double certain) {
     if (margin >= certain) return Certainty::Certain;
@@ -133,8 +138,34 @@ Certainty TrustBesideForeign(const std::string& name, const Bytes& bytes, double
     if (foreign.cost + foreign.lead > best) {
         return Trust(foreign.cost - best, foreign.lead, 2 * foreign.lead);
     }
+    if (foreign.cost > kNoise) return Certainty::Uncertain;
     throw UserError(Text(name, ": looks like ", foreign.name, "; of packed layouts tarn knows ",
                          kLayoutNames, " only (-f names one if this is wrong)"));
+}
+
+// What the frame may be, the likeliest first.
+std::vector<Hypothesis> Ranked(const Bytes& bytes, const LayoutShares& costs, const Known& known) {
+    const double best = *std::min_element(costs.begin(), costs.end());
+    std::vector<Hypothesis> ranked;
+    for (int i = 0; i < kLayoutCount; ++i) {
+        const auto layout = static_cast<Layout>(i);
+        if (known.layout ? layout != *known.layout : costs[size_t(i)] > best + kLayoutSlack) {
+            continue;
+        }
+        for (const int64_t pitch : Candidates(bytes, layout, known)) {
+            AddHypotheses(bytes, layout, pitch, known, &ranked);
+        }
+    }
+    std::sort(ranked.begin(), ranked.end(), [](const Hypothesis& a, const Hypothesis& b) {
+        return std::tie(a.cost, a.frame.pitch, a.cell) < std::tie(b.cost, b.frame.pitch, b.cell);
+    });
+    return ranked;
+}
+
+Certainty TrustInLayout(const std::vector<Hypothesis>& ranked, LayoutShares costs) {
+    std::sort(costs.begin(), costs.end());
+    const double margin = Margin(ranked, [](const Hypothesis& h) { return h.frame.layout; });
+    return Trust(std::min(costs[1] - costs[0], margin), kLikelyLayout, kCertainLayout);
 }
 
 }  // namespace
@@ -158,19 +189,12 @@ Known KnownFromName(const std::string& path, int64_t bytes) {
 }
 
 Guess GuessFrame(const std::string& name, const Bytes& bytes, const Known& known) {
-    const std::array<double, kLayoutCount> layouts = LayoutCosts(bytes);
-    const double best = *std::min_element(layouts.begin(), layouts.end());
+    const LayoutShares costs = LayoutCosts(bytes);
+    const double best = *std::min_element(costs.begin(), costs.end());
     const Certainty besideForeign =
         known.layout ? Certainty::Certain : TrustBesideForeign(name, bytes, best);
     Guess guess{};
-    for (int i = 0; i < kLayoutCount; ++i) {
-        const auto layout = static_cast<Layout>(i);
-        if (known.layout ? layout != *known.layout : layouts[size_t(i)] > best + kLayoutSlack)
-            continue;
-        for (const int64_t pitch : Candidates(bytes, layout, known)) {
-            AddHypotheses(bytes, layout, pitch, known, &guess.ranked);
-        }
-    }
+    guess.ranked = Ranked(bytes, costs, known);
     if (guess.ranked.empty()) {
         throw UserError(Text(name, " holds ", Grouped(int64_t(bytes.size())),
                              " bytes: no frame of what is given, or of a usual shape, fits them"));
@@ -180,23 +204,12 @@ Guess GuessFrame(const std::string& name, const Bytes& bytes, const Known& known
                              ": is too small or too uniform to tell its geometry; give -f, -s, "
                              "--pitch and --cell"));
     }
-    std::sort(guess.ranked.begin(), guess.ranked.end(),
-              [](const Hypothesis& a, const Hypothesis& b) {
-                  return std::tie(a.cost, a.frame.pitch, a.cell) <
-                         std::tie(b.cost, b.frame.pitch, b.cell);
-              });
-
-    std::array<double, kLayoutCount> byCost = layouts;
-    std::sort(byCost.begin(), byCost.end());
-    const double layoutMargin =
-        std::min(byCost[1] - byCost[0],
-                 Margin(guess.ranked, [](const Hypothesis& h) { return h.frame.layout; }));
     guess.layout = known.layout ? Certainty::Certain
-                                : std::min(besideForeign, Trust(layoutMargin, 0.03, 0.06));
-    guess.pitch =
-        Trust(Margin(guess.ranked, [](const Hypothesis& h) { return h.frame.pitch; }), 0.01, 0.02);
+                                : std::min(besideForeign, TrustInLayout(guess.ranked, costs));
+    guess.pitch = Trust(Margin(guess.ranked, [](const Hypothesis& h) { return h.frame.pitch; }),
+                        kLikely, kCertain);
     guess.cell =
-        Trust(Margin(guess.ranked, [](const Hypothesis& h) { return h.cell; }), 0.01, 0.02);
+        Trust(Margin(guess.ranked, [](const Hypothesis& h) { return h.cell; }), kLikely, kCertain);
     return guess;
 }
 

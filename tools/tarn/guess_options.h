@@ -12,9 +12,20 @@ namespace tarn::tool {
 // What the options and the file's name tell of a dump of so many bytes. Throws UserError.
 Known KnownFromOptions(const std::string& path, const FrameOptions& options, int64_t bytes);
 
+struct GuessedFile {
+    Guess guess;
+    Bytes bytes;  // from --offset on
+};
+
+// What a file, or standard input, is likely to hold from --offset on. Throws UserError, also where
+// it is not all of the frame whose size was told.
+GuessedFile GuessFile(const std::string& path, const FrameOptions& options);
+
+// Sensors are wider than tall: this may be frames of that width one after another, taken for one.
+bool MayBeSeveral(const PackedFrame& frame);
+
 // The options with what they leave open filled in, where it is certain; that is said. Throws
-// UserError where it is not. Only a file that holds one frame can be guessed: others are left to be
-// complained of.
+// UserError where it is not, and where more than one frame or a pipe is asked for.
 FrameOptions WithGuess(const std::string& path, const FrameOptions& options, bool quiet);
 
 }  // namespace tarn::tool

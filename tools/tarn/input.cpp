@@ -32,8 +32,9 @@ int64_t Fill(const std::string& path, std::span<uint8_t> buffer, const F& read) 
 
 }  // namespace
 
-std::string InputName(const std::string& path) {
-    return path == "-" ? "standard input" : path;
+std::string InputName(const std::string& path, int64_t offset) {
+    const std::string name = path == "-" ? "standard input" : path.empty() ? kNoName : path;
+    return offset > 0 ? Text(name, " after --offset ", offset) : name;
 }
 
 int64_t FileSize(const std::string& path) {
@@ -64,6 +65,11 @@ int64_t InputFile::ReadAt(int64_t offset, std::span<uint8_t> buffer) const {
     return Fill(path_, buffer, [=, this](std::span<uint8_t> rest, int64_t done) {
         return pread(file_, rest.data(), rest.size(), offset + done);
     });
+}
+
+void InputFile::ReadWholeAt(int64_t offset, std::span<uint8_t> buffer) const {
+    if (ReadAt(offset, buffer) == static_cast<int64_t>(buffer.size())) return;
+    throw UserError(Text(path_, ": became shorter while it was read"));
 }
 
 Bytes ReadFile(const std::string& path, int64_t most, int64_t begin) {

@@ -11,8 +11,9 @@ namespace tarn::tool {
 
 using Bytes = std::vector<uint8_t>;
 
-// The name of a file in messages: "standard input" for "-".
-std::string InputName(const std::string& path);
+// The name of a file in messages: "standard input" for "-". With an offset, of what follows it.
+std::string InputName(const std::string& path, int64_t offset = 0);
+inline constexpr char kNoName[] = "\"\" (an empty name)";
 
 // Size of a regular file in bytes, or -1 for anything that has none (a pipe, say). Throws UserError
 // when there is no such file, or it is a folder.
@@ -30,6 +31,8 @@ class InputFile {
     int64_t Read(std::span<uint8_t> buffer) const;
     // The same from a byte of a regular file, by several threads at once.
     int64_t ReadAt(int64_t offset, std::span<uint8_t> buffer) const;
+    // The same, where the bytes were there when the file was looked at.
+    void ReadWholeAt(int64_t offset, std::span<uint8_t> buffer) const;
 
  private:
     std::string path_;

@@ -43,31 +43,45 @@ Dump ReadTold(const Options& options) {
 }
 
 Dump ReadGuessed(const Options& options) {
-    const std::string name = InputName(options.raw);
-    const int64_t offset = ParseOffset(options.frame.offset);
     if (ParseFrames(options.frame.frames).told) {
         throw UserError(
             "--frame: where frames begin is known with -f, -s, --pitch and --cell only");
     }
-    Bytes bytes = ReadFile(options.raw, kMostBytes);
-    if (int64_t(bytes.size()) > kMostBytes) throw UserError(name + ": is larger than 4 GiB");
-    const int64_t size = static_cast<int64_t>(bytes.size());
-    bytes.erase(bytes.begin(), bytes.begin() + std::min(offset, size));
-    Guess guess = GuessFrame(name, bytes,
-                             KnownFromOptions(options.raw, options.frame, int64_t(bytes.size())));
-    const Hypothesis best = guess.ranked.front();
-    return {{best.frame, best.cell, std::move(guess)}, size, std::move(bytes)};
+    GuessedFile file = GuessFile(options.raw, options.frame);
+    const Hypothesis best = file.guess.ranked.front();
+    const int64_t size = int64_t(file.bytes.size()) + ParseOffset(options.frame.offset);
+    return {{best.frame, best.cell, std::move(file.guess)}, size, std::move(file.bytes)};
 }
 
-std::string PlaceOptions(const FrameOptions& frame) {
-    return (frame.offset.empty() ? "" : " --offset " + frame.offset) +
-           (frame.frames.empty() ? "" : " --frame " + frame.frames);
+// The options that say where the frame begins and what colours it has, as they were given.
+std::string PlaceAndColours(const FrameOptions& frame) {
+    const auto format = ParseFormat(frame);
+    std::string options;
+    if (!frame.offset.empty()) options += " --offset " + frame.offset;
+    if (!frame.frames.empty()) options += " --frame " + frame.frames;
+    if (!frame.colours.empty()) options += " --cfa " + frame.colours;
+    if (frame.colours.empty() && format && !format->colours.empty()) {
+        options += " --cfa " + format->colours;
+    }
+    if (frame.colours.empty() && format && format->grey) options += " --grey";
+    return options;
+}
+
+void CheckCharts(const Options& options) {
+    for (const auto& [name, chart] : {std::pair("--svg", options.svg), {"--png", options.png}}) {
+        if (chart.empty()) continue;
+        if (chart == "-") {
+            throw UserError(Text(name, ": standard output is taken by the report; name a file"));
+        }
+        CheckOutput(chart, options.raw);
+    }
+    if (!options.svg.empty() && options.svg == options.png) {
+        throw UserError("--svg and --png: name the same file");
+    }
 }
 
 void Run(const Options& options) {
-    for (const std::string& chart : {options.svg, options.png}) {
-        if (!chart.empty()) CheckOutput(chart, options.raw);
-    }
+    CheckCharts(options);
     RequireOneFrame(ParseFrames(options.frame.frames));
     const float gain = ParseGain(options.gain);
     const Dump dump = IsTold(options.frame) ? ReadTold(options) : ReadGuessed(options);
@@ -86,7 +100,7 @@ void Run(const Options& options) {
         WriteFile(options.png, DrawHistogram(ChartKind::Png, title, statistics));
     }
     const Report report{InputName(options.raw),
-                        PlaceOptions(options.frame),
+                        PlaceAndColours(options.frame),
                         dump.fileBytes,
                         subject,
                         statistics,
@@ -103,7 +117,7 @@ std::function<void()> Declare(CLI::App& command) {
             "Tell how much of the result this gain would clip");
     AddText(command, "--svg", o->svg, "FILE", "Draw the histogram into this SVG file");
     AddText(command, "--png", o->png, "FILE", "Draw the histogram into this PNG file");
-    o->report.Declare(command);
+    o->report.DeclareJson(command);
     command.footer(
         "What is not given is guessed from the bytes and the file's size, and the guess is rated:\n"
         "certain, likely or uncertain. A name of the form Tarn_TAG_TIME_PITCHxHEIGHT.raw is read\n"

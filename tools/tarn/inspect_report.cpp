@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/tarn/geometry.h"
+#include "tools/tarn/guess_options.h"
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
@@ -58,7 +59,7 @@ std::string NextStep(const Report& report) {
     const std::string picture = std::filesystem::path(file).stem().string() + ".png";
     return Text("to see it:  tarn ", subject.cell > 1 ? "bin " : "convert ", Quoted(file), " -o ",
                 Quoted(picture), " -f ", LayoutName(frame.layout), " -s ", frame.width, "x",
-                frame.height, " --pitch ", frame.pitch, report.place,
+                frame.height, " --pitch ", frame.pitch, report.options,
                 subject.cell > 1 ? Text(" --cell ", subject.cell) : "", "\n");
 }
 
@@ -167,6 +168,9 @@ std::string ReportText(const Report& report) {
     const Subject& subject = report.subject;
     std::string text = Text(report.file, ": ", Grouped(report.bytes), " bytes\n");
     text += subject.guess ? GuessText(*subject.guess) : DescribeSubject(subject) + "\n";
+    if (subject.guess && MayBeSeveral(subject.frame)) {
+        text += "taller than wide: it may be several frames of that width; -s tells\n";
+    }
     text += NextStep(report);
     text += StatisticsText(subject, report.statistics);
     if (report.byGain) {

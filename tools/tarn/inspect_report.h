@@ -25,7 +25,7 @@ struct GainEffect {
 
 struct Report {
     std::string file;
-    std::string place;  // options that say where in the file the frame is, as given; or empty
+    std::string options;  // that were given and are no geometry: where it begins, its colours
     int64_t bytes;
     const Subject& subject;
     const Statistics& statistics;

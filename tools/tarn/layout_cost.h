@@ -38,8 +38,8 @@ class Mean {
     int64_t count_ = 0;
 };
 
-// Positions spread evenly over a file, the same ones every time; each of them once, if they are fewer
-// than `count`.
+// Positions spread evenly over a file, the same ones every time; each of them once, if they are
+// fewer than `count`.
 std::vector<int64_t> Positions(int count, int64_t least, int64_t most);
 
 // Nothing can be told by a window of equal bytes.

@@ -1,21 +1,11 @@
 #include "tools/tarn/levels.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
 namespace {
-
-double ParseFactor(const std::string& text) {
-    char* end = nullptr;
-    const double factor = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end || !(factor >= 0.01 && factor <= 100)) {
-        throw UserError(Text("--wb: \"", text, "\" is not a number from 0.01 to 100"));
-    }
-    return factor;
-}
 
 Balance ParseBalance(const std::string& text) {
     if (std::count(text.begin(), text.end(), ',') != 2) {
@@ -26,7 +16,7 @@ Balance ParseBalance(const std::string& text) {
     for (double& factor : balance) {
         std::string part;
         std::getline(parts, part, ',');
-        factor = ParseFactor(part);
+        factor = ParseReal("--wb", part, 0.01, 100);
     }
     return balance;
 }
@@ -36,11 +26,11 @@ Balance ParseBalance(const std::string& text) {
 void LevelOptions::Declare(CLI::App& command) {
     AddText(
         command, "--black", black, "LEVEL",
-        "Black level for .dng and developed .png [a DNG's\nown; else 64 at 10 bits, 256 at 12]");
+        "Black level for .dng and developed .png [what RAW\ntells; else 64 at 10 bits, 256 at 12]");
     AddText(command, "--white", white, "LEVEL",
-            "White level, likewise [a DNG's own; else the highest code]");
+            "White level, likewise [what RAW tells; else the\nhighest code]");
     AddText(command, "--wb", balance, "R,G,B",
-            "White balance, likewise: factors [a DNG's own; else grey\nworld]");
+            "White balance, likewise: factors [what RAW tells; else\ngrey world]");
 }
 
 void ApplyLevels(const LevelOptions& options, Picture* picture) {

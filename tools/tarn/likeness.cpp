@@ -139,7 +139,7 @@ std::vector<int64_t> Positions(int count, int64_t least, int64_t most) {
     return positions;
 }
 
-std::array<double, kLayoutCount> LayoutCosts(const Bytes& bytes) {
+LayoutShares LayoutCosts(const Bytes& bytes) {
     return {LayoutCost<QCRaw10>(bytes), LayoutCost<QCRaw12>(bytes), LayoutCost<VXRaw10>(bytes),
             LayoutCost<VXRaw12>(bytes)};
 }

@@ -13,7 +13,8 @@ namespace tarn::tool {
 // Bits per pixel, and as a share of the layout's bits, that neighbours one or two apart leave to be
 // written: of each layout, in windows all over the file, at the best position of the groups. All 1
 // when the bytes are too few, or all alike.
-std::array<double, kLayoutCount> LayoutCosts(const Bytes& bytes);
+using LayoutShares = std::array<double, kLayoutCount>;
+LayoutShares LayoutCosts(const Bytes& bytes);
 
 // The same between rows, for each pitch from `least` on: the better of one row and two rows apart.
 std::vector<double> PitchCosts(const Bytes& bytes, Layout layout, int64_t least, int64_t most);

@@ -9,6 +9,7 @@
 #include "tools/tarn/completion.h"
 #include "tools/tarn/man_page.h"
 #include "tools/tarn/message.h"
+#include "tools/tarn/output.h"
 #include "tools/tarn/temporary_file.h"
 #include "tools/tarn/verb.h"
 
@@ -66,13 +67,15 @@ constexpr char kFooter[] =
 // What other programs ask, with answers out of the tree of verbs: nothing is run. Hidden from the
 // help. True when it was one of these.
 bool Answered(const CLI::App& app, const std::vector<std::string>& words) {
+    std::string answer;
     if (words.size() == 2 && words[1] == "--man-page") {
-        std::cout << ManPage(app);
+        answer = ManPage(app);
     } else if (words.size() > 2 && words[1] == "--complete") {
-        std::cout << Completions(app, {words.begin() + 2, words.end()});
+        answer = Completions(app, {words.begin() + 2, words.end()});
     } else {
         return false;
     }
+    WriteFile("-", Bytes(answer.begin(), answer.end()));
     return true;
 }
 
@@ -97,7 +100,9 @@ int Run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kWrong;  // its own codes are above 100
+        if (app.exit(error) != 0) return kWrong;  // its own codes are above 100
+        if (!std::cout.flush()) throw RunError("standard output: writing broke off");
+        return 0;
     }
     run();
     return 0;
@@ -115,7 +120,9 @@ int main(int argc, char** argv) {
     using namespace tarn::tool;
     OccupyStandardFiles();
     CatchSignals();
-    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an error of the write that meets it
+    // A closed pipe and a file that must not grow are errors of the write that meets them.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         return Run(argc, argv);
     } catch (const UserError& error) {

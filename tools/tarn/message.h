@@ -20,7 +20,7 @@ struct RunError : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-// Whatever an argument or a file's name holds, a complaint stays one line.
+// Whatever an argument or a file's name holds, a message stays one line.
 inline std::string OneLine(std::string text) {
     for (char& c : text) {
         if (static_cast<unsigned char>(c) < ' ') c = ' ';
@@ -53,7 +53,7 @@ inline std::string Grouped(int64_t number) {
 // Messages go to standard error: standard output may carry data.
 template <class... Parts>
 void Say(bool quiet, const Parts&... parts) {
-    if (!quiet) std::cerr << Text(parts...) << std::endl;
+    if (!quiet) std::cerr << OneLine(Text(parts...)) << std::flush;
 }
 
 }  // namespace tarn::tool

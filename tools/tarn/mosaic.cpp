@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "tools/tarn/geometry.h"
 #include "tools/tarn/message.h"
 #include "tools/tarn/pnm.h"
 
@@ -27,7 +28,7 @@ std::string BayerColours(LibRaw* raw) {
     if (raw->imgdata.idata.filters < 1000 || raw->imgdata.idata.colors != 3) return "";
     std::string colours;
     for (int i = 0; i < 4; ++i) colours += raw->imgdata.idata.cdesc[raw->COLOR(i / 2, i % 2)];
-    for (const char* order : {"RGGB", "GRBG", "GBRG", "BGGR"}) {
+    for (const char* order : kColourOrders) {
         if (colours == order) return colours;
     }
     return "";

@@ -19,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void Refuse(const std::string& path, int error) {
-    throw UserError(Text(path, ": cannot be written: ", std::strerror(error)));
+    throw UserError(Text(OutputName(path), ": cannot be written: ", std::strerror(error)));
 }
 
 [[noreturn]] void BreakOff(const std::string& path, int64_t written, int error) {
@@ -59,9 +59,11 @@ mode_t ModeOf(const std::string& target) {
 
 using FileId = std::pair<dev_t, ino_t>;
 
+// Of an input, "-" included, which may have been opened from a file.
 std::optional<FileId> IdOf(const std::string& path) {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    const int failed = path == "-" ? fstat(STDIN_FILENO, &status) : stat(path.c_str(), &status);
+    if (failed || !S_ISREG(status.st_mode)) return std::nullopt;
     return FileId{status.st_dev, status.st_ino};
 }
 
@@ -89,7 +91,7 @@ void CheckOutput(const std::string& path, const std::set<FileId>& inputs) {
 }  // namespace
 
 std::string OutputName(const std::string& path) {
-    return path == "-" ? "standard output" : path;
+    return path == "-" ? "standard output" : path.empty() ? kNoName : path;
 }
 
 void CheckOutput(const std::string& path, const std::string& inputPath) {
@@ -99,7 +101,7 @@ void CheckOutput(const std::string& path, const std::string& inputPath) {
 void CheckOutputs(const std::vector<std::string>& paths, const std::vector<std::string>& inputs) {
     std::set<FileId> ids;
     for (const std::string& input : inputs) {
-        if (const auto id = input == "-" ? std::nullopt : IdOf(input)) ids.insert(*id);
+        if (const auto id = IdOf(input)) ids.insert(*id);
     }
     for (const std::string& path : paths) CheckOutput(path, ids);
 }

@@ -32,6 +32,7 @@ constexpr decltype(&UnpackRow<QCRaw10>) kUnpackRow[] = {UnpackRow<QCRaw10>, Unpa
                                                         UnpackRow<VXRaw10>, UnpackRow<VXRaw12>};
 constexpr decltype(&PackRow<QCRaw10>) kPackRow[] = {PackRow<QCRaw10>, PackRow<QCRaw12>,
                                                     PackRow<VXRaw10>, PackRow<VXRaw12>};
+static_assert(std::size(kUnpackRow) == kLayoutCount && std::size(kPackRow) == kLayoutCount);
 
 }  // namespace
 

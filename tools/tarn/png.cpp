@@ -19,6 +19,7 @@ static_assert(std::endian::native == std::endian::little, "LibRaw is told little
 // LibRaw's interpolation wants a border of a few pixels; its sizes are 16-bit.
 constexpr int kShortestSide = 16;
 constexpr int kLongestSide = 65535;
+constexpr int64_t kMostPixels = INT_MAX / 2;
 
 unsigned char LibRawPattern(const std::string& colours) {
     if (colours == "BGGR") return LIBRAW_OPENBAYER_BGGR;
@@ -67,12 +68,12 @@ Image Develop(Picture& picture, bool half) {
 void CheckSides(const Picture& picture, int shortest) {
     if (std::min(picture.width, picture.height) >= shortest &&
         std::max(picture.width, picture.height) <= kLongestSide &&
-        int64_t{picture.width} * picture.height <= INT_MAX / 2) {
+        int64_t{picture.width} * picture.height <= kMostPixels) {
         return;
     }
     throw UserError(Text("a frame of ", picture.width, "x", picture.height,
                          " cannot become a PNG: its sides must be from ", shortest, " to ",
-                         Grouped(kLongestSide)));
+                         Grouped(kLongestSide), ", and at most ", Grouped(kMostPixels), " pixels"));
 }
 
 Bytes EncodePng(png_image* png, const void* pixels) {

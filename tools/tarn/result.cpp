@@ -79,9 +79,8 @@ std::vector<std::string> OutputNames(const std::string& out, const Target& targe
     } else {
         names.push_back(pattern.Of(frames.front()));
         if (frames.size() > 1 && target.kind != FileKind::Packed) {
-            throw UserError(Text("-o: ", frames.size(),
-                                 " frames need a %d in the name, such as frame_%03d.",
-                                 Ending(out)));
+            throw UserError(
+                Text("-o: ", frames.size(), " frames need a %d in the name, such as frame_%03d"));
         }
     }
     CheckOutputs(names, inputs);

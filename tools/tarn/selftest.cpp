@@ -5,6 +5,7 @@
 
 #include "TarnQCEngine.h"
 #include "TarnVXEngine.h"
+#include "tools/tarn/frame_options.h"
 #include "tools/tarn/geometry.h"
 #include "tools/tarn/golden.h"
 #include "tools/tarn/message.h"
@@ -97,8 +98,8 @@ void Run(const Options& options) {
 
 std::function<void()> Declare(CLI::App& command) {
     const auto o = std::make_shared<Options>();
-    command.add_option("--golden", o->folder,
-                       "Folder of the golden vectors [as installed with this program]");
+    AddText(command, "--golden", o->folder, "FOLDER",
+            "Where the golden vectors are [as installed with this\nprogram]");
     command.add_flag("-q,--quiet", o->quiet, "Say nothing but errors");
     command.footer(
         "Exit code 1, and the first difference named, when the library differs.\n\n"

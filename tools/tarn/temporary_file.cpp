@@ -49,7 +49,7 @@ Registry& Names() {
 void CatchSignals() {
     sigset_t caught;
     sigemptyset(&caught);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
         struct sigaction now {};
         if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler != SIG_IGN) {
             sigaddset(&caught, signal);

@@ -17,8 +17,9 @@ namespace {
 namespace ref = tarn_reference;
 
 // In the order of Layout.
-constexpr ref::Packing kPackings[kLayoutCount] = {ref::Packing::QCRaw10, ref::Packing::QCRaw12,
-                                                  ref::Packing::VXRaw10, ref::Packing::VXRaw12};
+constexpr ref::Packing kPackings[] = {ref::Packing::QCRaw10, ref::Packing::QCRaw12,
+                                      ref::Packing::VXRaw10, ref::Packing::VXRaw12};
+static_assert(std::size(kPackings) == kLayoutCount);
 
 const ref::Operation& FindOperation(const BinTask& task) {
     for (const ref::Operation& operation : ref::Operations()) {
@@ -74,9 +75,8 @@ Bytes ReferenceRows(const BinTask& task, const uint8_t* src, int threads) {
 }
 
 bool LibRawUnpacks(const PackedFrame& frame) {
-    constexpr int kLongestSide = 65000;
     return (frame.layout == Layout::QCRaw10 || frame.layout == Layout::VXRaw12) &&
-           frame.width <= kLongestSide && frame.height <= kLongestSide;
+           std::max(frame.width, frame.height) <= kLibRawLongestSide;
 }
 
 std::vector<uint16_t> LibRawCodes(const PackedFrame& frame, const uint8_t* bytes) {

@@ -13,7 +13,8 @@ namespace tarn::tool {
 // The task's output by the plain reference, on so many threads: tight rows, whole groups.
 Bytes ReferenceRows(const BinTask& task, const uint8_t* src, int threads);
 
-// Whether LibRaw can unpack such a frame: qc10 or vx12, its sides within 16 bits.
+// Whether LibRaw can unpack such a frame: qc10 or vx12, its sides within its limit.
+inline constexpr int kLibRawLongestSide = 65000;
 bool LibRawUnpacks(const PackedFrame& frame);
 
 // The codes of such a frame, row by row. Throws RunError when LibRaw refuses it.

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
+#include "tools/tarn/geometry.h"
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
@@ -90,20 +90,15 @@ double Noise::operator()(double signal, uint64_t pixel) const {
 }
 
 Noise ParseNoise(const std::string& option, const std::string& text) {
-    constexpr double kMost = 1e6;
-    Noise noise{};
-    char* end = nullptr;
-    noise.electronsPerCode = std::strtod(text.c_str(), &end);
-    const bool two = end != text.c_str() && *end == ',';
-    const char* second = two ? end + 1 : end;
-    if (two) noise.readNoise = std::strtod(second, &end);
-    const auto within = [](double value) { return value >= 0 && value <= kMost; };
-    if (!two || end == second || *end || !within(noise.readNoise) ||
-        !within(noise.electronsPerCode) || noise.electronsPerCode < 1e-3) {
+    const size_t comma = text.find(',');
+    if (comma == text.npos) {
         throw UserError(Text(option, ": \"", text,
-                             "\" is not E,R: electrons per code (0.001 to 1,000,000) and read "
-                             "noise in codes (0 to 1,000,000), such as 4,1.5"));
+                             "\" is not E,R: electrons per code and read noise in codes, such as "
+                             "4,1.5"));
     }
+    Noise noise{};
+    noise.electronsPerCode = ParseReal(option, text.substr(0, comma), 0.001, 1'000'000);
+    noise.readNoise = ParseReal(option, text.substr(comma + 1), 0, 1'000'000);
     return noise;
 }
 

@@ -8,7 +8,7 @@
 namespace tarn::tool {
 namespace {
 
-double Darkest(const Mosaic& mosaic) {
+double HighestBlack(const Mosaic& mosaic) {
     return *std::max_element(mosaic.black, mosaic.black + 4);
 }
 
@@ -40,9 +40,9 @@ Scene PermutedMosaic(const std::string& name, Mosaic mosaic, int cell) {
         throw UserError(Text(name, ": ", mosaic.width, "x", mosaic.height,
                              " is less than one block of ", block, "x", block));
     }
-    if (mosaic.white <= Darkest(mosaic)) {
+    if (mosaic.white <= HighestBlack(mosaic)) {
         throw UserError(Text("--white ", mosaic.white, " must be above the black level, which is ",
-                             Darkest(mosaic)));
+                             HighestBlack(mosaic)));
     }
     Scene scene;
     scene.size = whole;
@@ -50,7 +50,7 @@ Scene PermutedMosaic(const std::string& name, Mosaic mosaic, int cell) {
     scene.origin =
         Text("from ", mosaic.width, "x", mosaic.height, ", black ", BlackText(mosaic), ", white ",
              mosaic.white, "; samples moved by at most ", cell - 1, " pixels");
-    const double range = mosaic.white - Darkest(mosaic);
+    const double range = mosaic.white - HighestBlack(mosaic);
     scene.row = [mosaic = std::move(mosaic), whole, cell, range](int y, Size frame,
                                                                  std::vector<double>* light) {
         const int fromY = PermutedFrom(y, cell, whole.height);

@@ -89,7 +89,10 @@ void Run(const SynthOptions& options) {
     const int cell = options.Cell(bits);
     const Sensor sensor{bits, options.Exposure(), options.NoiseModel()};
     const FileKind kind = options.Kind();
-    CheckOutput(options.out, options.source.empty() ? "-" : options.source);
+    if (kind != FileKind::Packed && !options.pitch.empty()) {
+        throw UserError("--pitch: only packed output has a pitch");
+    }
+    CheckOutput(options.out, options.source);
 
     const Scene scene = MakeScene(options, format, cell);
     CheckSameColours("-f", format, scene.colours);

@@ -1,7 +1,6 @@
 #include "tools/tarn/synth/synth_options.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "tools/tarn/message.h"
 #include "tools/tarn/synth/scene.h"
@@ -69,11 +68,7 @@ int SynthOptions::Cell(int bits) const {
 }
 
 double SynthOptions::Exposure() const {
-    char* end = nullptr;
-    const double factor = std::strtod(exposure.c_str(), &end);
-    if (!exposure.empty() && !*end && factor > 0 && factor <= 1e6) return factor;
-    throw UserError(
-        Text("--exposure: \"", exposure, "\" is not a number above 0 and at most 1,000,000"));
+    return ParseReal("--exposure", exposure, 0.0001, 1'000'000);
 }
 
 std::optional<Noise> SynthOptions::NoiseModel() const {
