@@ -39,11 +39,17 @@ namespace {
 
 constexpr long long kMostBytes = 1 << 16;
 
+// What a solution was told.
 struct Settings {
+    bool released = false;
     int option = 0;
     int inFormat = 1;
     int outFormat = 0;
 };
+
+void ExpectAnswer(const Settings& settings, int answer) {
+    if (answer != (settings.released ? -1 : 0)) std::abort();
+}
 
 int AnyInt(FuzzedDataProvider& data) {
     return data.ConsumeBool() ? data.ConsumeIntegralInRange(-2, 300) : data.ConsumeIntegral<int>();
@@ -62,14 +68,14 @@ void ProcessFrame(FuzzedDataProvider& data, TarnBinningAbstract* solution,
     }
     std::vector<uint8_t> src(accepted ? static_cast<size_t>(call.srcBytes) : 0);
     std::vector<uint8_t> dst(accepted ? static_cast<size_t>(call.dstBytes) : 0);
-    solution->Process(src.data(), dst.data(), info);
+    ExpectAnswer(settings, solution->Process(src.data(), dst.data(), info));
 }
 
 void SetParam(FuzzedDataProvider& data, TarnBinningAbstract* solution, Settings& settings) {
     const int property = data.ConsumeBool() ? data.ConsumeIntegralInRange(0, 3) * 10 : AnyInt(data);
     const float value = data.ConsumeBool() ? static_cast<float>(data.ConsumeIntegralInRange(-2, 25))
                                            : data.ConsumeFloatingPoint<float>();
-    solution->SetParam(static_cast<CameraProperty>(property), value);
+    ExpectAnswer(settings, solution->SetParam(static_cast<CameraProperty>(property), value));
     if (property != PROP_INPUT_FORMAT && property != PROP_OUTPUT_FORMAT) return;
     const bool fits = value > -2e9f && value < 2e9f;
     (property == PROP_INPUT_FORMAT ? settings.inFormat : settings.outFormat) =
@@ -85,14 +91,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
     FuzzedDataProvider data(bytes, size);
     TarnBinningAbstract* solution = TarnSolution_initialize();
     Settings settings;
-    bool released = false;
     while (data.remaining_bytes() > 0) {
         switch (data.ConsumeIntegralInRange(0, 5)) {
             case 0: propertyText = data.ConsumeRandomLengthString(100).c_str(); break;
             case 1: {
                 const int option = data.ConsumeIntegralInRange(-1, 2);
-                solution->Init(option);
-                if (!released) settings.option = option;
+                if (solution->Init(option) == 0 && settings.released) std::abort();
+                if (!settings.released) settings.option = option;
                 break;
             }
             case 2:
@@ -101,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
             case 5:
                 if (data.ConsumeIntegralInRange(0, 7) > 0) break;
                 solution->Release();
-                released = true;
+                settings.released = true;
                 break;
         }
     }

@@ -9,6 +9,7 @@
 #include "engines/TarnQCEngine.h"
 #include "engines/TarnVXEngine.h"
 #include "reference/operation.h"
+#include "tests/support/operations.h"
 
 namespace {
 
@@ -21,16 +22,6 @@ std::vector<uint16_t> Values(FuzzedDataProvider& data, size_t count, unsigned be
     return values;
 }
 
-int Pack(Packing packing, uint16_t* src, uint8_t* dst, int count, int depth) {
-    switch (packing) {
-        case Packing::QCRaw10: return TarnQCEngine().UnpackToPack_10bit(src, dst, count, depth);
-        case Packing::QCRaw12: return TarnQCEngine().UnpackToPack_12bit(src, dst, count, depth);
-        case Packing::VXRaw10: return TarnVXEngine().UnpackToPack_10bit(src, dst, count, depth);
-        case Packing::VXRaw12: return TarnVXEngine().UnpackToPack_12bit(src, dst, count, depth);
-    }
-    return -1;
-}
-
 void FuzzPacker(FuzzedDataProvider& data, int count, int depth) {
     const auto packing = static_cast<Packing>(data.ConsumeIntegralInRange(0, 3));
     const int bits = static_cast<int>(tarn_reference::BitsPerPixel(packing));
@@ -39,7 +30,7 @@ void FuzzPacker(FuzzedDataProvider& data, int count, int depth) {
     const size_t groups = count < 1 ? 0 : (static_cast<size_t>(count) + pixels - 1) / pixels;
     std::vector<uint16_t> src = Values(data, groups * pixels, valid ? 1u << depth : 65536u);
     std::vector<uint8_t> dst(groups * static_cast<size_t>(tarn_reference::GroupBytes(packing)));
-    if (Pack(packing, src.data(), dst.data(), count, depth) != 0) std::abort();
+    if (tarn_test::PackByEngine(packing, src.data(), dst.data(), count, depth) != 0) std::abort();
     for (size_t x = 0; valid && x < src.size(); ++x) {
         if (tarn_reference::ReadPixel(packing, dst.data(), x) != src[x] >> (depth - bits))
             std::abort();

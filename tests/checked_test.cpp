@@ -91,9 +91,7 @@ TEST(Checked, ChoosesWhatTheDispatcherChooses) {
 TEST(Checked, FindsWhatTheEnginesHave) {
     using tarn_reference::Packing;
     const auto isVX = [](Packing p) { return p == Packing::VXRaw10 || p == Packing::VXRaw12; };
-    const auto bits = [](Packing p) {
-        return p == Packing::QCRaw12 || p == Packing::VXRaw12 ? 12 : 10;
-    };
+    const auto bits = [](Packing p) { return static_cast<int>(tarn_reference::BitsPerPixel(p)); };
     std::map<std::array<int, 4>, TarnOperation> operations;
     for (const Pair& pair : kPairs) {
         const tarn_reference::Operation& rule = Rule(pair.reference);

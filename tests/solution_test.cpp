@@ -36,6 +36,10 @@ class Front : public testing::Test {
         setenv("TZ", "UTC", 1);
     }
 
+    ~Front() override {
+        for (const std::string& dump : platform.dumps) std::remove(dump.c_str());
+    }
+
     int Process(TarnBinningAbstract& tested, const BufferInfo& info) {
         std::memset(destination, 0xA5, sizeof destination);
         return tested.Process(source, destination, info);

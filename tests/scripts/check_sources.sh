@@ -12,7 +12,7 @@ fail() { echo "FAILED: $*"; status=1; }
 check_folder() {
     folder=$1
     shift
-    [ -d "$folder" ] || return 0
+    [ -d "$folder" ] || { fail "$folder is not there"; return; }
     for file in $(find "$folder" -maxdepth "${depth:-9}" -name '*.h' -o -maxdepth "${depth:-9}" -name '*.cpp'); do
         for header in $(sed -n 's/^ *# *include *"\(.*\)".*/\1/p' "$file"); do
             case $header in

@@ -177,6 +177,18 @@ int RunFrame(const Runner& runner, const TestedOperation& operation, const uint8
     return 0;
 }
 
+int PackByEngine(tarn_reference::Packing packing, uint16_t* values, uint8_t* bytes, int count,
+                 int depth) {
+    using tarn_reference::Packing;
+    switch (packing) {
+        case Packing::QCRaw10: return QC().UnpackToPack_10bit(values, bytes, count, depth);
+        case Packing::QCRaw12: return QC().UnpackToPack_12bit(values, bytes, count, depth);
+        case Packing::VXRaw10: return VX().UnpackToPack_10bit(values, bytes, count, depth);
+        case Packing::VXRaw12: return VX().UnpackToPack_12bit(values, bytes, count, depth);
+    }
+    return -1;
+}
+
 void AnnounceCase(uint64_t seed) {
     currentSeed = seed;
 }

@@ -42,6 +42,10 @@ bool Serves(const Runner& runner, const TestedOperation& operation);
 int RunFrame(const Runner& runner, const TestedOperation& operation, const uint8_t* src,
              uint8_t* dst, const tarn_reference::Geometry& geometry, float gain);
 
+// The packer of that layout: UnpackToPack_10bit or _12bit of its family's engine.
+int PackByEngine(tarn_reference::Packing packing, uint16_t* values, uint8_t* bytes, int count,
+                 int depth);
+
 // What a crash in RunFrame is to name, beside the operation and the runner.
 void AnnounceCase(uint64_t seed);
 
