@@ -19,12 +19,13 @@ selected() {
     long) stages="check all long" ;;
   esac
   if [ -n "$stages" ]; then
+    [ $# -eq 1 ] || { echo "checks: either a stage or names: $*" >&2 && return 1; }
     table | awk -F'|' -v stages=" $stages " 'index(stages, " " $2 " ")'
     return
   fi
   local name
   for name; do
-    table | grep "^$name|" || { echo "there is no check '$name'; ./run check --list names them" >&2 && return 1; }
+    table | awk -F'|' -v name="$name" '$1 == name { print; found = 1 } END { exit !found }' || { echo "there is no check '$name'; ./run check --list names them" >&2 && return 1; }
   done
 }
 

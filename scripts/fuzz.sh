@@ -10,7 +10,7 @@ minutes=${1:-5}
 TIMEFORMAT='%U %S'
 all_seconds=0 all_runs=0
 
-targets="frame values life_cycle names pnm guess decoded"
+targets=$(cd fuzz && ls fuzz_*.cpp | sed 's/^fuzz_//; s/\.cpp$//' | tr '\n' ' ')
 for target in $targets; do
   found=build/fuzz-corpus/$target kept=fuzz/corpus/$target
   mkdir -p "$found" "$kept"

@@ -145,7 +145,8 @@ total = sum(n for key, n in counts.items() if key[0] == "frames")
 right = sum(n for key, n in counts.items() if key[0] == "right" and key[1] in ("certain", "likely", "uncertain"))
 for source in sorted({key[1] for key in counts if key[0] == "frames"}):
     print(f"{counts['right', source]:4} of {counts['frames', source]:3}  {source}")
-print(f"{right} of {total} right ({100 * right / total:.1f} %), {counts['size right']} with the size too")
 for rating in ("certain", "likely", "uncertain", "refused"):
     print(f"  {rating:10} {counts['right', rating]:4} right {counts['wrong', rating]:4} wrong")
+print(f"{right} of {total} right ({100 * right / total:.1f} %), {counts['size right']} with the size too; "
+      f"{counts['wrong', 'certain']} wrong of those called certain")
 sys.exit(right < 0.9 * total or counts["wrong", "certain"] > 0)

@@ -11,7 +11,7 @@ the reason. Ends with the score, and non-zero below 95 % or with fewer mutants t
 
 --arm takes the sample from the NEON files, compiles for aarch64 and runs under emulation.
 --find takes the mutants whose line contains TEXT, all of them.
-The source tree is only read; everything lies in build/faults."""
+The source tree is only read; everything lies in build/faults, or build/faults-arm."""
 import argparse
 import concurrent.futures
 import random

@@ -165,60 +165,45 @@ void Compare(const char* operation, int cell, const Peer& ours, const std::vecto
     std::printf("\n");
 }
 
-}  // namespace
+const Peer kCopy = {
+    "memcpy", [](const Bytes& src, Bytes& dst) { std::memcpy(dst.data(), src.data(), src.size()); },
+    false};
 
-int main(int argc, char** argv) {
-    const int rounds = argc > 1 ? std::max(3, std::atoi(argv[1])) : 9;
-    cv::setNumThreads(1);
+struct Pattern {
+    const char* name;
+    int cell;
+    int (TarnQCEngine::*bin)(unsigned char*, unsigned char*, BufferInfo, SensorInfo);
+};
+
+void ComparePattern(const Pattern& pattern, int rounds) {
+    const int cell = pattern.cell;
+    const BufferInfo info = {kWidth, kPitch, kHeight, kWidth / cell, kPitch / cell, kHeight / cell};
     TarnQCEngine engine;
-    using Bin = int (TarnQCEngine::*)(unsigned char*, unsigned char*, BufferInfo, SensorInfo);
-
-    const Peer copy = {
-        "memcpy",
-        [](const Bytes& src, Bytes& dst) { std::memcpy(dst.data(), src.data(), src.size()); },
-        false};
-    std::printf("%dx%d, QC 10 bits, one thread; multiples of our time, medians of %d runs\n",
-                kWidth, kHeight, rounds);
-
-    const struct {
-        const char* name;
-        int cell;
-        Bin bin;
-    } patterns[] = {
-        {"Tetra", 2, &TarnQCEngine::Binning_10bit_Tetra},
-        {"Nona", 3, &TarnQCEngine::Binning_10bit_Nona},
-        {"Hexadeca", 4, &TarnQCEngine::Binning_10bit_Hexadeca},
+    const Peer ours = {
+        "ours",
+        [&](const Bytes& src, Bytes& dst) {
+            (engine.*pattern.bin)(const_cast<uint8_t*>(src.data()), dst.data(), info, {1.0f, 1.0f});
+        },
+        true};
+    std::vector<Peer> peers;
+    const auto add = [&](const char* name, auto scale) {
+        AddBothWays(
+            peers, name, "kept",
+            [cell, scale](const Bytes& src, Bytes& dst, Frames& frames) {
+                Unpack(src, frames);
+                Pack(scale(frames, cell), dst, kPitch / cell);
+            },
+            cell != 4);
     };
-    for (const auto& pattern : patterns) {
-        const int cell = pattern.cell;
-        const BufferInfo info = {kWidth,        kPitch,        kHeight,
-                                 kWidth / cell, kPitch / cell, kHeight / cell};
-        const Peer ours = {"ours",
-                           [&](const Bytes& src, Bytes& dst) {
-                               (engine.*pattern.bin)(const_cast<uint8_t*>(src.data()), dst.data(),
-                                                     info, {1.0f, 1.0f});
-                           },
-                           true};
-        std::vector<Peer> peers;
-        AddBothWays(
-            peers, "OpenCV", "kept",
-            [cell](const Bytes& src, Bytes& dst, Frames& frames) {
-                Unpack(src, frames);
-                Pack(ScaleOpenCv(frames, cell), dst, kPitch / cell);
-            },
-            cell != 4);
-        AddBothWays(
-            peers, "libyuv", "kept",
-            [cell](const Bytes& src, Bytes& dst, Frames& frames) {
-                Unpack(src, frames);
-                Pack(ScaleLibyuv(frames, cell), dst, kPitch / cell);
-            },
-            cell != 4);
-        peers.push_back(copy);
-        Compare(pattern.name, cell, ours, peers, rounds);
-    }
+    add("OpenCV", ScaleOpenCv);
+    add("libyuv", ScaleLibyuv);
+    peers.push_back(kCopy);
+    Compare(pattern.name, cell, ours, peers, rounds);
+}
 
+void CompareCompensation(int rounds) {
     const BufferInfo same = {kWidth, kPitch, kHeight, kWidth, kPitch, kHeight};
+    TarnQCEngine engine;
     const Peer ours = {
         "ours",
         [&](const Bytes& src, Bytes& dst) {
@@ -233,7 +218,20 @@ int main(int argc, char** argv) {
             Pack(CompensateOpenCv(frames), dst, kPitch);
         },
         true);
-    peers.push_back(copy);
+    peers.push_back(kCopy);
     Compare("EV", 1, ours, peers, rounds);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int rounds = argc > 1 ? std::max(3, std::atoi(argv[1])) : 9;
+    cv::setNumThreads(1);
+    std::printf("%dx%d, QC 10 bits, one thread; multiples of our time, medians of %d runs\n",
+                kWidth, kHeight, rounds);
+    ComparePattern({"Tetra", 2, &TarnQCEngine::Binning_10bit_Tetra}, rounds);
+    ComparePattern({"Nona", 3, &TarnQCEngine::Binning_10bit_Nona}, rounds);
+    ComparePattern({"Hexadeca", 4, &TarnQCEngine::Binning_10bit_Hexadeca}, rounds);
+    CompareCompensation(rounds);
     return 0;
 }
