@@ -195,8 +195,9 @@ TEST_F(Front, InitOnceAndRefusals) {
     EXPECT_FALSE(Untouched());
 
     solution.reset(TarnSolution_initialize());  // never initialised: the QC family as well
-    EXPECT_NE(ProcessEvents(*solution, tetra).find("opt: 0, BR: 1.000000, infmt: 1, outfmt: 0"),
-              std::string::npos);
+    const std::string untold = ProcessEvents(*solution, tetra);
+    EXPECT_NE(untold.find("opt: 0, BR: 1.000000, infmt: 1, outfmt: 0"), std::string::npos);
+    EXPECT_EQ(untold.find("clock"), std::string::npos);
     EXPECT_FALSE(Untouched());
 
     EXPECT_EQ(solution->Init(2), -1);
