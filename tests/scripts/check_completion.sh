@@ -8,21 +8,21 @@ status=0
 
 # What it offers for the last of the words on a line.
 offers() {
-    COMP_WORDS=("$program" "$@")
-    COMP_CWORD=$#
-    COMPREPLY=()
-    _tarn "$program" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
-    echo "${COMPREPLY[*]-}"
+  COMP_WORDS=("$program" "$@")
+  COMP_CWORD=$#
+  COMPREPLY=()
+  _tarn "$program" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
+  echo "${COMPREPLY[*]-}"
 }
 
 # expect "WHAT IT OFFERS" WORD...
 expect() {
-    local wanted=$1 got
-    shift
-    got=$(offers "$@")
-    [[ $got == "$wanted" ]] && return
-    echo "FAILED: tarn $*: offers \"$got\", not \"$wanted\""
-    status=1
+  local wanted=$1 got
+  shift
+  got=$(offers "$@")
+  [[ $got == "$wanted" ]] && return
+  echo "FAILED: tarn $*: offers \"$got\", not \"$wanted\""
+  status=1
 }
 
 expect "convert" con
@@ -46,11 +46,11 @@ expect "" bin "--no such"
 # Every verb, and with each its options: as --help lists them.
 verbs=$(offers "")
 [[ $verbs == "$("$program" --help | sed -n '/^Verbs:/,/^$/s/^  \([a-z]*\) .*/\1/p' | tr '\n' ' ' | sed 's/ $//')" ]] ||
-    { echo "FAILED: the verbs are $verbs"; status=1; }
+  { echo "FAILED: the verbs are $verbs"; status=1; }
 for verb in $verbs; do
-    listed=$("$program" "$verb" --help | grep -oE '^  (-[a-z],)?--[a-z-]+' | grep -oE '\-\-[a-z-]+' | sort | tr '\n' ' ')
-    offered=$(offers "$verb" -- | tr ' ' '\n' | sort | tr '\n' ' ')
-    [[ $offered == "$listed" ]] || { echo "FAILED: $verb: $offered; help: $listed"; status=1; }
+  listed=$("$program" "$verb" --help | grep -oE '^  (-[a-z],)?--[a-z-]+' | grep -oE '\-\-[a-z-]+' | sort | tr '\n' ' ')
+  offered=$(offers "$verb" -- | tr ' ' '\n' | sort | tr '\n' ' ')
+  [[ $offered == "$listed" ]] || { echo "FAILED: $verb: $offered; help: $listed"; status=1; }
 done
 
 # Where it offers nothing, bash completes the names of files.

@@ -10,32 +10,32 @@ fail() { echo "FAILED: $*"; status=1; }
 
 # The headings of a document, as links name them.
 anchors() {
-    sed -nE 's/^#+ +//p' "$1" | tr '[:upper:]' '[:lower:]' | sed -E 's/[^a-z0-9 _-]//g; s/ /-/g'
+  sed -nE 's/^#+ +//p' "$1" | tr '[:upper:]' '[:lower:]' | sed -E 's/[^a-z0-9 _-]//g; s/ /-/g'
 }
 
 links() {
-    local document link file anchor
-    while read -r document; do
-        while read -r link; do
-            file=${link%%#*} anchor=${link#"$file"}
-            file=${file:+$(dirname "$document")/$file}
-            file=${file:-$document}
-            [ -e "$file" ] || { fail "$document links to $link, which is not there" && continue; }
-            [ -z "$anchor" ] || anchors "$file" | grep -qx -- "${anchor#\#}" || fail "$document: no heading for $link"
-        done < <(grep -oE '\]\([^)]+\)' "$document" | sed 's/^](//; s/)$//' | grep -v '://')
-    done < <(find . -name '*.md' -not -path './build/*' -not -path './.git/*')
+  local document link file anchor
+  while read -r document; do
+    while read -r link; do
+      file=${link%%#*} anchor=${link#"$file"}
+      file=${file:+$(dirname "$document")/$file}
+      file=${file:-$document}
+      [ -e "$file" ] || { fail "$document links to $link, which is not there" && continue; }
+      [ -z "$anchor" ] || anchors "$file" | grep -qx -- "${anchor#\#}" || fail "$document: no heading for $link"
+    done < <(grep -oE '\]\([^)]+\)' "$document" | sed 's/^](//; s/)$//' | grep -v '://')
+  done < <(find . -name '*.md' -not -path './build/*' -not -path './.git/*')
 }
 
 # Android.bp lists the library's sources a second time.
 source_lists() {
-    diff <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' cmake/Library.cmake | grep -Ev 'host_platform|avx' | sort -u) \
-        <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' Android.bp | sort) || fail "cmake/Library.cmake and Android.bp differ"
+  diff <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' cmake/Library.cmake | grep -Ev 'host_platform|avx' | sort -u) \
+    <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' Android.bp | sort) || fail "cmake/Library.cmake and Android.bp differ"
 }
 
 # Every function, type and field of the public headers is documented.
 api_reference() {
-    command -v doxygen >/dev/null || { echo "SKIPPED API reference: no doxygen" && return; }
-    { cat docs/Doxyfile && echo "OUTPUT_DIRECTORY = $work"; } | doxygen - || fail "doxygen has warnings"
+  command -v doxygen >/dev/null || { echo "SKIPPED API reference: no doxygen" && return; }
+  { cat docs/Doxyfile && echo "OUTPUT_DIRECTORY = $work"; } | doxygen - || fail "doxygen has warnings"
 }
 
 mkdir -p "$work"

@@ -7,6 +7,6 @@ shift
 [ $# -gt 0 ] || { echo "FAILED: no objects"; exit 1; }
 status=0
 for object; do
-    "$readelf" -nW "$object" | grep -qi 'aarch64 feature: BTI, PAC' || { echo "FAILED: $object"; status=1; }
+  "$readelf" -nW "$object" | grep -qi 'aarch64 feature: BTI, PAC' || { echo "FAILED: $object"; status=1; }
 done
 exit $status

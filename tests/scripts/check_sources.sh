@@ -10,24 +10,24 @@ fail() { echo "FAILED: $*"; status=1; }
 
 # folder, then the folders it may include from besides its own; "public": any public header.
 check_folder() {
-    folder=$1
-    shift
-    [ -d "$folder" ] || { fail "$folder is not there"; return; }
-    for file in $(find "$folder" -maxdepth "${depth:-9}" -name '*.h' -o -maxdepth "${depth:-9}" -name '*.cpp'); do
-        for header in $(sed -n 's/^ *# *include *"\(.*\)".*/\1/p' "$file"); do
-            case $header in
-                Tarn*Engine.h) from=engines ;;
-                Tarn*.h) from=include ;;
-                */*) from=${header%/*} ;;
-                *) fail "$file: \"$header\" without its folder"; continue ;;
-            esac
-            for allowed in "$folder" "$@"; do
-                [ "$from" = "$allowed" ] && continue 2
-                case $allowed:${header##*/} in public:Tarn*.h) continue 2 ;; esac
-            done
-            fail "$file must not include $header"
-        done
+  folder=$1
+  shift
+  [ -d "$folder" ] || { fail "$folder is not there"; return; }
+  for file in $(find "$folder" -maxdepth "${depth:-9}" -name '*.h' -o -maxdepth "${depth:-9}" -name '*.cpp'); do
+    for header in $(sed -n 's/^ *# *include *"\(.*\)".*/\1/p' "$file"); do
+      case $header in
+        Tarn*Engine.h) from=engines ;;
+        Tarn*.h) from=include ;;
+        */*) from=${header%/*} ;;
+        *) fail "$file: \"$header\" without its folder"; continue ;;
+      esac
+      for allowed in "$folder" "$@"; do
+        [ "$from" = "$allowed" ] && continue 2
+        case $allowed:${header##*/} in public:Tarn*.h) continue 2 ;; esac
+      done
+      fail "$file must not include $header"
     done
+  done
 }
 check_folder include
 check_folder platform
@@ -40,10 +40,10 @@ check_folder tools/tarn public layout reference tools/tarn/synth
 check_folder examples public
 
 for compiler; do
-    command -v "$compiler" >/dev/null || { echo "SKIPPED $compiler"; continue; }
-    for header in include/*.h engines/Tarn*Engine.h; do
-        "$compiler" -std=c++11 -x c++ -fsyntax-only -Wall -Wextra -Wpedantic -Werror -Iinclude \
-            -include "$header" /dev/null || fail "$header with $compiler"
-    done
+  command -v "$compiler" >/dev/null || { echo "SKIPPED $compiler"; continue; }
+  for header in include/*.h engines/Tarn*Engine.h; do
+    "$compiler" -std=c++11 -x c++ -fsyntax-only -Wall -Wextra -Wpedantic -Werror -Iinclude \
+      -include "$header" /dev/null || fail "$header with $compiler"
+  done
 done
 exit $status
