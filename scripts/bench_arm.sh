@@ -14,7 +14,8 @@ mkdir -p $work
 }
 g++ -shared -fPIC -O2 -Wall -Wextra bench/arm/count_instructions.cpp -o $work/count_instructions.so
 clang++-19 --target=aarch64-linux-gnu -fuse-ld=lld-19 -std=c++20 -O2 -Wall -Wextra -I. -Iinclude \
-  bench/arm/run_operations.cpp build/aarch64/libtarn_objects.a -o $work/run_operations
+  -DTARN_TEST_EFFORT=100 bench/arm/run_operations.cpp tests/support/operations.cpp reference/operation.cpp \
+  build/aarch64/libtarn_objects.a -o $work/run_operations
 
 qemu-aarch64 -cpu cortex-a53 -L /usr/aarch64-linux-gnu -plugin $work/count_instructions.so \
   $work/run_operations |
