@@ -6,6 +6,8 @@
 
 namespace tarn {
 
+// In the order of TarnOperation, by which TarnChecked.h tells clients the same: it shares nothing
+// with what it checks, and a test compares the two.
 enum class Operation {
     None,
     QCEVComp10,
