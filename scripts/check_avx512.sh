@@ -41,7 +41,7 @@ cat >"$work/cd/isolinux.cfg" <<TXT
 default test
 label test
   kernel /kernel
-  append initrd=/files rdinit=/test console=ttyS0 quiet panic=-1 mitigations=off clearcpuid=pku,xsavec,xsaves,smap,smep,umip,fsgsbase,erms,fsrm,invpcid,rdpid,rdtscp nopcid no5lvl TARN_TEST_LEVEL=avx512 TARN_TEST_SEED=${TARN_TEST_SEED:-$RANDOM} TARN_TEST_CASES=4000 TARN_TEST_WIDTHS=2 TARN_TEST_GAINS=4 -- --gtest_color=no --gtest_filter=Differential.*:Values.*
+  append initrd=/files rdinit=/test console=ttyS0 quiet panic=-1 mitigations=off clearcpuid=pku,xsavec,xsaves,smap,smep,umip,fsgsbase,erms,fsrm,invpcid,rdpid,rdtscp nopcid no5lvl TARN_TEST_LEVEL=avx512 TARN_TEST_SEED=${TARN_TEST_SEED:-$RANDOM} TARN_TEST_CASES=4000 TARN_TEST_WIDTHS=2 TARN_TEST_GAINS=4 -- --gtest_color=no --gtest_filter=Differential.*:Values.*:Levels.*
 TXT
 (cd "$work/cd" && xorriso -as mkisofs -quiet -o "$work/boot.iso" -b isolinux.bin -c boot.cat \
   -no-emul-boot -boot-load-size 4 -boot-info-table .) 2>"$work/xorriso.log"

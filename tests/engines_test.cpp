@@ -81,6 +81,14 @@ TEST(Figures, CellsByHand) {
     }
 }
 
+TEST(Levels, TheHighestSupportedRuns) {
+    const tarn::RowKernels* best = nullptr;
+    for (const tarn::Level& level : tarn::Levels()) {
+        if (level.supported()) best = level.kernels;
+    }
+    EXPECT_EQ(&tarn::BestKernels(), best);
+}
+
 constexpr Packing kPackings[] = {Packing::QCRaw10, Packing::QCRaw12, Packing::VXRaw10,
                                  Packing::VXRaw12};
 
