@@ -3,14 +3,17 @@
 one at a time, and counts those that a test notices.
 
   scripts/mutants.py [--count 300] [--seed 1] [--minutes 90] [--jobs 2] [--arm] [--find TEXT]
+                     [--doubt]
 
 A mutant that does not compile, or compiles to the very same code, does not count:
-another is drawn. One that takes more than ten times the processor time is killed. Survivors are
-looked up in tests/faults/equivalent_mutants.txt, which names those that no test can notice, with
-the reason. Ends with the score, and non-zero below 95 % or with fewer mutants than asked for.
+another is drawn. One that takes more than ten times the processor time is killed. Those that
+tests/faults/equivalent_mutants.txt names, which no test can notice for the reason it gives, are
+compiled but not tested. Ends with the score, and non-zero below 95 % or with fewer mutants than
+asked for.
 
 --arm takes the sample from the NEON files, compiles for aarch64 and runs under emulation.
 --find takes the mutants whose line contains TEXT, all of them.
+--doubt tests those too that are judged equivalent: one that a test catches was judged wrongly.
 The source tree is only read; everything lies in build/faults, or build/faults-arm."""
 import argparse
 import concurrent.futures
@@ -85,6 +88,11 @@ class Tally:
         late = time.monotonic() - self.start > 60 * self.options.minutes
         return late or self.counted >= self.options.count
 
+    def reason(self, mutant):
+        """Why no test can notice it, if that was found."""
+        file, _, _, _, _, _, before, after = mutant
+        return self.known.get((file, before, after)) or self.known.get((file, before, '*'))
+
     def add(self, mutant, verdict):
         file, _, _, _, _, kind, before, after = mutant
         with self.lock:
@@ -96,7 +104,7 @@ class Tally:
             self.counted += 1
             entry = f'@ {file}\n- {before}\n+ {after}'
             if verdict == 'survived':
-                reason = self.known.get((file, before, after)) or self.known.get((file, before, '*'))
+                reason = self.reason(mutant)
                 (self.equivalent if reason else self.survivors).append(entry + (f'\n= {reason}' if reason else ''))
                 verdict = 'EQUIVALENT' if reason else 'SURVIVED'
             else:
@@ -129,6 +137,7 @@ def main():
     parser.add_argument('--jobs', type=int, default=2)
     parser.add_argument('--arm', action='store_true')
     parser.add_argument('--find', default='')
+    parser.add_argument('--doubt', action='store_true')
     options = parser.parse_args()
     bench, tally = Bench(options.arm), Tally(options)
     waiting = iter(draw(options.arm, options.seed, options.find))
@@ -144,7 +153,8 @@ def main():
             if mutant is None:
                 return
             file, text, start, end, other = mutant[:5]
-            tally.add(mutant, worker.judge({file: text[:start] + other + text[end:]}))
+            tested = options.doubt or not tally.reason(mutant)
+            tally.add(mutant, worker.judge({file: text[:start] + other + text[end:]}, tested=tested))
 
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         for done in [pool.submit(work, number) for number in range(options.jobs)]:
