@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "platform/errno_kept.h"
 #include "platform/log.h"
 #include "solution/solution_impl.h"
 
@@ -14,7 +15,10 @@ constexpr int kHighestDebugLevel = 3;
 TarnBinningAbstract::~TarnBinningAbstract() = default;
 
 // pImpl is null after Release, and when there was no memory; calls that need it then answer -1.
-TarnSolution::TarnSolution() : debugLevel(0), pImpl(new (std::nothrow) impl) {}
+TarnSolution::TarnSolution() : debugLevel(0) {
+    const tarn::ErrnoKept errnoKept;
+    pImpl.reset(new (std::nothrow) impl);
+}
 TarnSolution::~TarnSolution() = default;
 
 int TarnSolution::Init(int option) {
@@ -42,6 +46,7 @@ int TarnSolution::Process(unsigned char* src, unsigned char* dst, BufferInfo inf
 }
 
 TarnBinningAbstract* TarnSolution_initialize(void) {
+    const tarn::ErrnoKept errnoKept;
     std::unique_ptr<TarnSolution> solution(new (std::nothrow) TarnSolution);
     return solution && solution->pImpl ? solution.release() : nullptr;
 }

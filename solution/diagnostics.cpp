@@ -1,11 +1,11 @@
 // The stopwatch and the raw dumps of TarnSolution::impl.
 #include <sys/time.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <ctime>
 
+#include "platform/errno_kept.h"
 #include "platform/log.h"
 #include "solution/solution_impl.h"
 
@@ -38,18 +38,6 @@ size_t DumpBytes(int pitch, int height) {
     return static_cast<size_t>(bytes);
 }
 
-// The client's errno is none of our business: dumps leave it as it was.
-class ErrnoKept {
- public:
-    ErrnoKept() = default;
-    ~ErrnoKept() { errno = saved_; }
-    ErrnoKept(const ErrnoKept&) = delete;
-    ErrnoKept& operator=(const ErrnoKept&) = delete;
-
- private:
-    int saved_ = errno;
-};
-
 }  // namespace
 
 int64_t TarnSolution::impl::getCurrentTimeMilli() {
@@ -60,7 +48,7 @@ int64_t TarnSolution::impl::getCurrentTimeMilli() {
 void TarnSolution::impl::DumpImage(const char* tag, unsigned char* buffer, int pitch,
                                    int height) const {
     if (debugLevel < 2) return;
-    const ErrnoKept errnoKept;
+    const tarn::ErrnoKept errnoKept;
 
     Text timestamp;
     FormatTimestamp(timestamp);

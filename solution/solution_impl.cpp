@@ -3,6 +3,7 @@
 #include <limits>
 #include <new>
 
+#include "platform/errno_kept.h"
 #include "platform/log.h"
 #include "solution/dispatch.h"
 
@@ -21,6 +22,7 @@ int32_t ToFormatCode(float value) {
 // Stores a new engine; false when there is no memory for it.
 template <class Engine>
 bool Create(std::unique_ptr<Engine>& engine) {
+    const tarn::ErrnoKept errnoKept;
     engine.reset(new (std::nothrow) Engine);
     return engine != nullptr;
 }

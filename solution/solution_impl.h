@@ -12,7 +12,6 @@
 
 class TarnSolution::impl {
  public:
-    // Engines go in the reverse order of their declaration: NEON, VX, QC.
     int Init(int option);
     void Release();
     int SetParam(CameraProperty property, float value);
@@ -28,6 +27,7 @@ class TarnSolution::impl {
     int32_t debugLevel = 0;  // set by TarnSolution::Init
 
  private:
+    // Destroyed from the last to the first: NEON, VX, QC.
     std::unique_ptr<TarnQCEngine> qcEngine;
     std::unique_ptr<TarnVXEngine> vxEngine;
     std::unique_ptr<TarnQCNEONEngine> neonEngine;

@@ -156,9 +156,9 @@ TEST_F(Front, EveryRoadOfAFrame) {
 }
 
 TEST_F(Front, DebugLevelFollowsThePropertyAtInit) {
-    const std::pair<const char*, int> texts[] = {{"0", 0},  {"7", 3},     {"2", 2},
-                                                 {"", 2},   {"-4", -4},   {"abc", 0},
-                                                 {"3x", 3}, {nullptr, 3}, {" 1", 1}};
+    const std::pair<const char*, int> texts[] = {
+        {"0", 0},   {"7", 3},  {"2", 2},     {"", 2},   {"-4", -4},
+        {"abc", 0}, {"3x", 3}, {nullptr, 3}, {" 1", 1}, {"99999999999999999999", -1}};
     for (const auto& [text, level] : texts) {
         platform.property.reset();
         if (text) platform.property = text;

@@ -57,7 +57,10 @@ void Record(const std::string& event) {
 void* Allocate(size_t bytes) {
     if (watching) {
         Platform& platform = ThePlatform();
-        if (platform.allocations++ == platform.allocationToFail) return nullptr;
+        if (platform.allocations++ == platform.allocationToFail) {
+            errno = ENOMEM;
+            return nullptr;
+        }
         ++platform.unfreed;
     }
     return std::malloc(bytes);
