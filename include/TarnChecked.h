@@ -58,8 +58,9 @@ struct TarnCall {
     const char* name;         ///< for example "TarnQCEngine::Binning_10bit_Tetra"
     int inStride;   ///< the input pitch that the operation will use, filled in where it was missing
     int outStride;  ///< likewise the output pitch
-    long long srcBytes;   ///< bytes from the first one of the buffer through the last one read
-    long long dstBytes;   ///< bytes from the first one of the buffer through the last one written
+    long long srcBytes;   ///< bytes from the buffer's first one through the last one read; 0 where
+                          ///< the geometry itself is wrong
+    long long dstBytes;   ///< likewise through the last one written
     TarnProblem problem;  ///< the first thing wrong
     char sentence[192];  ///< the same for a person: what is wrong and what would be right; or empty
 };
@@ -126,12 +127,16 @@ inline long long BytesRead(const Facts& facts, int outWidth) {
 inline bool Missing(int stride, int width, int height) {
     return stride == 0 || stride == width || stride == height;
 }
+// As TarnQCEngine::CalcStride, the quotient in single precision.
 inline int FilledPitch(int width) {
-    return static_cast<int>(CeilDiv(width, 64) * 80);
+    const float quotient = static_cast<float>(width) / 64.0f;
+    int units = static_cast<int>(quotient);
+    if (static_cast<float>(units) < quotient) ++units;
+    return static_cast<int>(static_cast<unsigned>(units) * 80u);
 }
 // Bytes of a buffer of rows that starts at its first row.
 inline long long Extent(long long rows, long long pitch, long long rowBytes) {
-    return rowBytes == 0 ? 0 : (rows - 1) * pitch + rowBytes;
+    return (rows - 1) * pitch + rowBytes;
 }
 
 __attribute__((format(printf, 3, 4))) inline bool Report(TarnCall& call, TarnProblem problem,
@@ -166,7 +171,7 @@ inline bool CheckShape(TarnCall& call, const Facts& facts, const BufferInfo& inf
 
 inline bool CheckPitch(TarnCall& call, const char* side, int given, int used, bool replaced,
                        long long rowBytes) {
-    if (replaced && given != 0) {
+    if (replaced && given != 0 && given != used) {
         return Report(call, TarnProblem::PitchReplaced,
                       "an %s pitch of %d equals a width or height and would be replaced by %d; "
                       "pass another pitch, or 0 to have it filled in",
@@ -180,7 +185,10 @@ inline bool CheckPitch(TarnCall& call, const char* side, int given, int used, bo
     return false;
 }
 
-inline bool CheckSizes(TarnCall& call, long long srcBytes, long long dstBytes) {
+inline bool CheckSizes(TarnCall& call, long long reads, long long writes, long long srcBytes,
+                       long long dstBytes) {
+    call.srcBytes = reads;
+    call.dstBytes = writes;
     if (srcBytes < call.srcBytes) {
         return Report(call, TarnProblem::SourceTooSmall,
                       "the source holds %lld bytes; %s reads %lld", srcBytes, call.name,
@@ -201,9 +209,6 @@ inline void CheckCompensation(TarnCall& call, const Facts& facts, const BufferIn
     const int height = qc ? info.outHeight : info.inHeight;
     const int group = GroupBytes(facts.inBits);
     call.inStride = call.outStride = pitch;
-    if (pitch > 0 && height > 0) {
-        call.srcBytes = call.dstBytes = Extent(height, pitch, pitch - pitch % group);
-    }
     if (CheckShape(call, facts, info)) return;
     if (info.inStride != info.outStride) {
         Report(call, TarnProblem::PitchesDiffer,
@@ -220,7 +225,8 @@ inline void CheckCompensation(TarnCall& call, const Facts& facts, const BufferIn
             pitch, group, pitch % group);
         return;
     }
-    CheckSizes(call, srcBytes, dstBytes);
+    const long long bytes = Extent(height, pitch, pitch);
+    CheckSizes(call, bytes, bytes, srcBytes, dstBytes);
 }
 
 inline void CheckBinning(TarnCall& call, const Facts& facts, const BufferInfo& info, int outBits,
@@ -234,15 +240,14 @@ inline void CheckBinning(TarnCall& call, const Facts& facts, const BufferInfo& i
 
     const long long read = BytesRead(facts, info.outWidth);
     const long long written = facts.neonLine ? 5120 : RowBytes(outBits, info.outWidth);
-    call.srcBytes =
-        Extent(static_cast<long long>(facts.cell) * info.outHeight, call.inStride, read);
-    call.dstBytes = Extent(info.outHeight, call.outStride, written);
     // What a row must hold is its pixels; what is read past them (Nona) may be the next row's.
     const long long inRow =
         RowBytes(facts.inBits, static_cast<long long>(facts.cell) * info.outWidth);
     if (CheckPitch(call, "input", info.inStride, call.inStride, inFilled, inRow)) return;
     if (CheckPitch(call, "output", info.outStride, call.outStride, outFilled, written)) return;
-    CheckSizes(call, srcBytes, dstBytes);
+    const long long inRows = static_cast<long long>(facts.cell) * info.outHeight;
+    CheckSizes(call, Extent(inRows, call.inStride, read),
+               Extent(info.outHeight, call.outStride, written), srcBytes, dstBytes);
 }
 
 inline TarnOperation Choose(int option, int inFormat, int outFormat, const BufferInfo& info) {

@@ -155,6 +155,7 @@ TEST(Checked, SaysTheFirstThingWrong) {
         {1, 0, 10, {12000, 15000, 3, 4000, 5000, 1}, TarnProblem::FormatMismatch, "writes 10 bits"},
         {0, 1, 0, {8, 10, 2, 5, 10, 1}, TarnProblem::WidthMismatch, "at most 4x1"},
         {0, 1, 0, {4000, 5000, 5000, 2000, 2560, 2500}, TarnProblem::PitchReplaced, "by 5040"},
+        {0, 1, 0, {8000, 10000, 10000, 4000, 5040, 5000}, TarnProblem::None, ""},  // the same
         {0, 12, 12, {4000, 0, 2, 2000, 3000, 1}, TarnProblem::PitchTooShort, "takes 6000 bytes"},
         {1, 0, 0, {8, 9, 2, 4, 5, 1}, TarnProblem::PitchTooShort, "takes 10 bytes"},
         {1, 0, 0, {8, 10, 2, 8, 15, 2}, TarnProblem::PitchesDiffer, "uses 10 for both"},
@@ -163,6 +164,7 @@ TEST(Checked, SaysTheFirstThingWrong) {
     for (const auto& c : cases) {
         const TarnCall call = TarnCheckProcess(c.option, c.in, c.out, c.info, kPlenty, kPlenty);
         EXPECT_EQ(call.problem, c.problem) << call.sentence;
+        EXPECT_EQ(call.sentence[0] == '\0', c.problem == TarnProblem::None);
         EXPECT_NE(std::string(call.sentence).find(c.words), std::string::npos) << call.sentence;
     }
     const TarnCall neon = TarnCheckOperation(TarnOperation::NEONTetra10, 0,

@@ -10,7 +10,7 @@
 #include <ctime>
 #include <stdexcept>
 
-#include "TarnSolution.h"
+#include "TarnChecked.h"
 #include "engines/TarnQCEngine.h"
 #include "engines/TarnQCNEONEngine.h"
 #include "engines/TarnVXEngine.h"
@@ -43,6 +43,7 @@ TEST(Pitches, SinglePrecisionAndNegativeWidths) {
     }
     for (const int width : {INT_MIN, -65, -33, 16777279, 16777281, 33554433, INT_MAX}) {
         EXPECT_EQ(TarnQCEngine().CalcStride(width), tarn_reference::Pitch(width, 64)) << width;
+        EXPECT_EQ(tarn_checked::FilledPitch(width), tarn_reference::Pitch(width, 64)) << width;
         EXPECT_EQ(TarnVXEngine().CalcStride(width), tarn_reference::Pitch(width, 32)) << width;
     }
 }
