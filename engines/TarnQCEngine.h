@@ -9,7 +9,8 @@
 /// calls may run in parallel.
 ///
 /// Frame operations return 0 unless stated otherwise and validate nothing; docs/integrating.md
-/// tabulates the bytes each one reads and writes. A width or height below 1 does nothing.
+/// tabulates the bytes each one reads and writes. Binning does nothing with an outWidth or
+/// outHeight below 1, EV with an outStride or outHeight below 1.
 class TARN_API TarnQCEngine {
  public:
     TarnQCEngine();

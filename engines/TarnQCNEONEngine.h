@@ -14,7 +14,8 @@
 /// given,
 /// - ignores SensorInfo,
 /// - reads whole output groups' worth of input, so pixels past outWidth in the last group are real,
-/// - writes rows of 5120 bytes, zero after the last group, cut to outStride where that is shorter.
+/// - writes rows of 5120 bytes, zero after the last group, cut to outStride where that is shorter;
+///   a width below 1 makes rows of zeros, a height below 1 none.
 class TARN_API TarnQCNEONEngine {
  public:
     TarnQCNEONEngine();

@@ -10,8 +10,9 @@
 /// calls may run in parallel.
 ///
 /// Frame operations return 0, validate nothing and use pitches as given; docs/integrating.md
-/// tabulates the bytes each one reads and writes. A width or height below 1 does nothing. Where
-/// outFormat chooses the output, exactly the value 10 gives 12 bits, any other value 10 bits.
+/// tabulates the bytes each one reads and writes. Binning does nothing with an outWidth or
+/// outHeight below 1, EV with an inStride or inHeight below 1. Where outFormat chooses the output,
+/// exactly the value 10 gives 12 bits, any other value 10 bits.
 class TARN_API TarnVXEngine {
  public:
     TarnVXEngine();

@@ -28,8 +28,6 @@ TARN_INLINE void StoreBlocks(uint8_t* dst, __m256i (&v)[n]) {
 template <BinningRecipe recipe>
 struct BinBlocks {
     static constexpr int kPixels = kLanes;
-    static constexpr int kReadSlack = 0;
-    static constexpr int kWriteSlack = 0;
 
     using Cells = CellSums<recipe.in, recipe.cell>;
     using Out = LayoutType<recipe.out>;
@@ -97,10 +95,9 @@ struct BinBlocks {
 template <class L>
 struct EvBlocks {
     static constexpr int kGroups = kLanes / L::kGroupPixels;
-    static constexpr int kReadSlack = 0;
 
     static void Run(const uint8_t* src, uint8_t* dst, ptrdiff_t blocks, const EvRule& ev) {
-        const Gain gain = MakeGain(ev.gain, kPedestal);
+        const Gain gain = MakeGain(ev.gain, kTopPedestal);
         for (; blocks >= 2; blocks -= 2, src += 2 * kBlockBytes<L>, dst += 2 * kBlockBytes<L>) {
             PrefetchAhead(src);
             __m256i a, b;

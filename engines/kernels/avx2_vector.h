@@ -58,10 +58,12 @@ TARN_INLINE __m256i Words(int w0, int w1, int w2, int w3) {
 
 // Asks for what the loop will reach some 30 blocks later. The processor's own prefetching stops at
 // the end of each page of 4 KiB and comes late where computing takes as long as reading. A hint: it
-// reads nothing and cannot fault, wherever it points.
+// reads nothing and cannot fault, wherever it points, and is a number since it may point past what
+// the buffer holds.
 TARN_INLINE void PrefetchAhead(const uint8_t* src) {
-    constexpr int kBytesAhead = 2048;
-    _mm_prefetch(src + kBytesAhead, _MM_HINT_T0);
+    constexpr uintptr_t kBytesAhead = 2048;
+    const uintptr_t address = reinterpret_cast<uintptr_t>(src) + kBytesAhead;
+    _mm_prefetch(reinterpret_cast<const char*>(address), _MM_HINT_T0);
 }
 
 // 16 bytes from low in the lower half, 16 bytes from high in the upper one.

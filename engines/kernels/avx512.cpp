@@ -15,8 +15,6 @@ namespace {
 template <Binning operation>
 struct WideBinBlocks {
     static constexpr int kPixels = 2 * kWideLanes;
-    static constexpr int kReadSlack = 0;
-    static constexpr int kWriteSlack = 0;
 
     static constexpr BinningRecipe kRecipe = Recipe(operation);
     static constexpr SumScale kScale = ScaleOf(kRecipe);
@@ -78,10 +76,9 @@ template <Layout layout>
 struct WideEvBlocks {
     using L = LayoutType<layout>;
     static constexpr int kGroups = 2 * kWideLanes / L::kGroupPixels;
-    static constexpr int kReadSlack = 0;
 
     static void Run(const uint8_t* src, uint8_t* dst, ptrdiff_t blocks, const EvRule& ev) {
-        const WideGain gain = MakeWideGain(ev.gain, kPedestal);
+        const WideGain gain = MakeWideGain(ev.gain, kTopPedestal);
         for (; blocks > 0; --blocks, src += kWideBlockBytes<L>, dst += kWideBlockBytes<L>) {
             PrefetchWide<kWideBlockBytes<L>>(src);
             __m512i v[2];

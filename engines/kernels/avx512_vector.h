@@ -8,6 +8,7 @@
 // g++ 12 takes the undefined vectors of its own header for mistakes.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <immintrin.h>
 #pragma GCC diagnostic pop
@@ -53,7 +54,7 @@ TARN_INLINE void StoreWide(void* to, __m512i v) {
     _mm512_storeu_si512(to, v);
 }
 
-// Pixels `count` to a 64-bit lane, from src on; the load ends `kEnd` bytes from src at the latest.
+// Pixels `count` to a 64-bit lane, from src on; the load begins `offset` bytes before src.
 template <class L, int count, int offset>
 TARN_INLINE __m512i SpreadFrom(const uint8_t* src) {
     return _mm512_permutexvar_epi8(Constant<Spread<L>(count, offset)>(), LoadWide(src - offset));
@@ -70,9 +71,10 @@ TARN_INLINE __m512i FieldsOf(__m512i lanes) {
 // Asks for `bytes` of what the loop will reach later, as in the AVX2 level.
 template <int bytes>
 TARN_INLINE void PrefetchWide(const uint8_t* src) {
-    constexpr int kBytesAhead = 2048, kLine = 64;
-    for (int at = 0; at < bytes; at += kLine) {
-        _mm_prefetch(reinterpret_cast<const char*>(src + kBytesAhead + at), _MM_HINT_T0);
+    constexpr uintptr_t kBytesAhead = 2048, kLine = 64;
+    const uintptr_t first = reinterpret_cast<uintptr_t>(src) + kBytesAhead;
+    for (uintptr_t address = first; address < first + bytes; address += kLine) {
+        _mm_prefetch(reinterpret_cast<const char*>(address), _MM_HINT_T0);
     }
 }
 

@@ -21,13 +21,15 @@ struct BinningRecipe {
     // How many input pixels' worth of range a sum has.
     constexpr int SumScale() const { return cell * cell >> rowShift; }
 
+    // Sums are below this, and stand on a black level of one sixteenth of it, as pixels do.
+    constexpr int Range() const { return SumScale() << Shape(in).bits; }
+    constexpr int Pedestal() const { return Range() / 16; }
+
     // What a sum is divided by, truncating, to become an output code.
-    constexpr int Divisor() const { return (SumScale() << Shape(in).bits) >> Shape(out).bits; }
+    constexpr int Divisor() const { return Range() >> Shape(out).bits; }
 
     constexpr EvRule Ev(float gain) const {
-        const int range = SumScale() << Shape(in).bits;
-        const int pedestal = range / 16;
-        return {gain, static_cast<float>(pedestal), static_cast<float>(range - 1)};
+        return {gain, static_cast<float>(Pedestal()), static_cast<float>(Range() - 1)};
     }
 
     // Input is read in steps: the fewest pixels that are both whole cells and whole groups.

@@ -21,9 +21,9 @@ constexpr EvRule EvRuleOfDepth(int bitDepth, float gain) {
 }
 
 // One fused multiply-add in single precision. Where the processor has none, a product and a sum in
-// double, rounded once to float, give the same after truncation and clamp: for gains of 2^-19 and
-// above the double sum is exact (the product's lowest bit lies at most 53 places below the sum's
-// highest), and for smaller ones the product is below 1/8, which neither way reaches the next whole
+// double, rounded once to float, give the same after truncation and clamp: for gains of 2^-17 and
+// above the double sum is exact (the product's lowest bit lies at most 52 places below the sum's
+// highest), and for smaller ones the product is below 1/2, which neither way reaches the next whole
 // number above the pedestal.
 TARN_INLINE float FusedMultiplyAdd(float a, float b, float c) {
 #ifdef __FP_FAST_FMAF

@@ -22,12 +22,12 @@ struct SumScale {
 };
 
 constexpr SumScale ScaleOf(const BinningRecipe& recipe) {
-    const int range = recipe.SumScale() << Shape(recipe.in).bits;
-    if (recipe.Divisor() % 9 == 0) return {16, range / 16, range, 0, true};
+    const int range = recipe.Range(), pedestal = recipe.Pedestal();
+    if (recipe.Divisor() % 9 == 0) return {16, pedestal, range, 0, true};
     int bits = 0, below = 0;
     while (1 << bits < range) ++bits;
     while (1 << below < recipe.Divisor()) ++below;
-    return {bits, range / 16, range, below, false};
+    return {bits, pedestal, range, below, false};
 }
 
 // floor(sum / 9), exact below 32768.
@@ -45,8 +45,6 @@ struct BinBlocks {
 
     static constexpr SumScale kScale = ScaleOf(recipe);
     static constexpr int kPixels = Out::kPixels;
-    static constexpr int kReadSlack = 0;
-    static constexpr int kWriteSlack = 0;
 
     // A plain code is a sum's upper bits; a gain wants them all.
     template <bool compensate>
@@ -125,10 +123,9 @@ struct EvBlocks {
     static constexpr bool kByPlace = std::is_same_v<L, VXRaw10>;
     using Packed = std::conditional_t<kByPlace, VXRaw10ByPlace, NeonLayout<L>>;
     static constexpr int kGroups = Packed::kPixels / L::kGroupPixels;
-    static constexpr int kReadSlack = 0;
 
     static void Run(const uint8_t* src, uint8_t* dst, ptrdiff_t blocks, const EvRule& ev) {
-        const Gain gain = MakeGain(ev.gain, 4096);
+        const Gain gain = MakeGain(ev.gain, kTopPedestal);
         for (; blocks > 0; --blocks) {
             typename Packed::Block pixels = Packed::Unpack(src);
             ForEach<Packed::kPixels / kLanes / 2>([&](auto i) TARN_INLINE_LAMBDA {
@@ -155,7 +152,9 @@ struct EvBlocks {
 template <Layout layout>
 void EvRow(const uint8_t* src, uint8_t* dst, ptrdiff_t groups, const EvRule& ev) {
     using L = LayoutType<layout>;
-    if (!GainIsServed(ev.gain, 4096)) return kScalarKernels.Ev(layout)(src, dst, groups, ev);
+    if (!GainIsServed(ev.gain, kTopPedestal)) {
+        return kScalarKernels.Ev(layout)(src, dst, groups, ev);
+    }
     EvRowByBlocks<L, EvBlocks<L>>(src, dst, groups, ev);
 }
 

@@ -2,29 +2,20 @@
 #ifndef TARN_ENGINES_KERNELS_NEON_GAIN_H_
 #define TARN_ENGINES_KERNELS_NEON_GAIN_H_
 
+#include "engines/kernels/exact_gain.h"
 #include "engines/kernels/neon_vector.h"
 
 namespace tarn {
 
-// pedestal + gain x (v - pedestal) as one fused multiply-add on d = max(v - pedestal, 0):
-// the bits 0x4B00'0000 + d are the float 2^23 + d, which saves the conversion, and
-//   gain x (2^23 + d) + (pedestal - gain x 2^23)
-// has the exact value of the rule before its one rounding as long as the float in brackets is
-// exact. That is so for gains from 2^-10 to the lowest set bit of the pedestal: there gain x 2^23
-// is at least twice the pedestal, and its own lowest bit not above that of the pedestal.
+// For CompensatedWide, by the rule of exact_gain.h.
 struct Gain {
     uint16x8_t pedestal;
     float32x4_t factor;
     float32x4_t offset;
 };
 
-TARN_INLINE bool GainIsServed(float gain, int pedestal) {
-    return gain >= 0x1p-10f && gain <= static_cast<float>(pedestal & -pedestal);
-}
-
 TARN_INLINE Gain MakeGain(float gain, int pedestal) {
-    return {Words(pedestal), vdupq_n_f32(gain),
-            vdupq_n_f32(static_cast<float>(pedestal) - gain * 0x1p23f)};
+    return {Words(pedestal), vdupq_n_f32(gain), vdupq_n_f32(GainOffset(gain, pedestal))};
 }
 
 // A vector's lower and upper four values, in the upper halves of lanes of 32 bits.
@@ -38,8 +29,8 @@ struct Wide {
 template <int bits>
 TARN_INLINE Wide CompensatedWide(uint16x8_t v, const Gain& gain) {
     const uint16x8_t above = vqsubq_u16(v, gain.pedestal);
-    const float32x4_t low = vreinterpretq_f32_u16(vzip1q_u16(above, Words(0x4B00)));
-    const float32x4_t high = vreinterpretq_f32_u16(vzip2q_u16(above, Words(0x4B00)));
+    const float32x4_t low = vreinterpretq_f32_u16(vzip1q_u16(above, Words(kExponentOfTwoTo23)));
+    const float32x4_t high = vreinterpretq_f32_u16(vzip2q_u16(above, Words(kExponentOfTwoTo23)));
     const uint32x4_t a = vcvtq_n_u32_f32(vfmaq_f32(gain.offset, low, gain.factor), 32 - bits);
     const uint32x4_t b = vcvtq_n_u32_f32(vfmaq_f32(gain.offset, high, gain.factor), 32 - bits);
     return {vreinterpretq_u16_u32(a), vreinterpretq_u16_u32(b)};

@@ -2,17 +2,15 @@
 // them there.
 //
 // Pixels and sums stand at the top of their lane: a 10-bit pixel is shifted left by 6, a 12-bit sum
-// by 4, a 14-bit sum by 2. So the black level of all is 4096, and one compensation and one packer
-// per layout serve them all. Only sums of nine stand on a black level of their own.
+// by 4, a 14-bit sum by 2. So the black level of all is kTopPedestal, and one compensation and one
+// packer per layout serve them all. Only sums of nine stand on a black level of their own.
 #ifndef TARN_ENGINES_KERNELS_TOP_LANES_H_
 #define TARN_ENGINES_KERNELS_TOP_LANES_H_
 
 #include "engines/kernels/by_blocks.h"
+#include "engines/kernels/exact_gain.h"
 
 namespace tarn {
-
-// The black level of everything but the sums of nine.
-inline constexpr int kPedestal = 4096;
 
 // What the lanes of an operation hold: its sums, moved to the top.
 struct SumScale {
@@ -23,31 +21,14 @@ struct SumScale {
 };
 
 constexpr SumScale ScaleOf(const BinningRecipe& recipe) {
-    const int range = recipe.SumScale() << Shape(recipe.in).bits;
     int shift = 0;
-    while (range << (shift + 1) <= 0x10000) ++shift;
-    return {shift, range / 16 << shift, range << shift, recipe.Divisor() % 9 == 0};
+    while (recipe.Range() << (shift + 1) <= 0x10000) ++shift;
+    return {shift, recipe.Pedestal() << shift, recipe.Range() << shift, recipe.Divisor() % 9 == 0};
 }
 
 // For floor(sum / 9) at the top of the lane, from 4 sum: twice the upper half of this product is
 // exact, with the remainder's bits below.
 inline constexpr int kNinth = 58255;
-
-// pedestal + gain x (v - pedestal) as one fused multiply-add on d = max(v - pedestal, 0):
-// the bits 0x4B00'0000 + d are the float 2^23 + d, which saves the conversion, and
-//   gain x (2^23 + d) + (pedestal - gain x 2^23)
-// has the exact value of the rule before its one rounding as long as the float in brackets is
-// exact. That is so for gains from 2^-10 to the lowest set bit of the pedestal: there gain x 2^23
-// is at least twice the pedestal, and its own lowest bit not above that of the pedestal.
-inline constexpr int kExponentOfTwoTo23 = 0x4B00;
-
-TARN_INLINE float GainOffset(float gain, int pedestal) {
-    return static_cast<float>(pedestal) - gain * 8388608.0f;
-}
-
-TARN_INLINE bool GainIsServed(float gain, int pedestal) {
-    return gain >= 0x1p-10f && gain <= static_cast<float>(pedestal & -pedestal);
-}
 
 // A row by blocks, or by the rule where the blocks' gain is not exact.
 template <Binning operation, class Blocks>
@@ -61,7 +42,8 @@ static void BinTopLanes(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, in
 
 template <Layout layout, class Blocks>
 static void EvTopLanes(const uint8_t* src, uint8_t* dst, ptrdiff_t groups, const EvRule& ev) {
-    if (!GainIsServed(ev.gain, kPedestal)) return kScalarKernels.Ev(layout)(src, dst, groups, ev);
+    if (!GainIsServed(ev.gain, kTopPedestal))
+        return kScalarKernels.Ev(layout)(src, dst, groups, ev);
     EvRowByBlocks<LayoutType<layout>, Blocks>(src, dst, groups, ev);
 }
 
