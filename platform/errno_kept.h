@@ -9,7 +9,9 @@ namespace tarn {
 class ErrnoKept {
  public:
     ErrnoKept() = default;
-    ~ErrnoKept() { errno = saved_; }
+    // clang takes operator new for a function that leaves errno as it is, and would drop a plain
+    // store.
+    ~ErrnoKept() { static_cast<volatile int&>(errno) = saved_; }
     ErrnoKept(const ErrnoKept&) = delete;
     ErrnoKept& operator=(const ErrnoKept&) = delete;
 
