@@ -123,7 +123,7 @@ void Run(const Options& options) {
                           {"ratio_to_memcpy", times.ratio}});
     }
     const std::string text =
-        Text(Describe(task.in), ", cell ", task.cell, ", gain ", task.gain, ", ",
+        Text(Describe(task.in, task.cell), ", gain ", task.gain, ", ",
              threads == 1 ? "one thread" : Text(threads, " threads"), ", median of ", rounds,
              " frames\n", std::fixed, std::setprecision(2), times.frame, " ms per frame, ",
              std::setprecision(0), perSecond, " MP/s, ", std::setprecision(1), gigabytes,

@@ -33,8 +33,13 @@ void CheckInputs(const std::vector<std::string>& raws) {
 void Run(BinOptions options) {
     options.report.Check(options.result.out);
     CheckInputs(options.raws);
-    options.frame = WithGuess(options.raws.front(), options.frame, options.report.Quiet());
-    BinJob job{.options = options, .spec = ParseFrame(options.frame), .plan = {}, .target = {}};
+    FilledOptions filled = WithGuess(options.raws.front(), options.frame);
+    options.frame = std::move(filled.options);
+    BinJob job{.options = options,
+               .spec = ParseFrame(options.frame),
+               .plan = {},
+               .target = {},
+               .guessed = std::move(filled.note)};
     BinPlan& plan = job.plan;
     plan.task = ParseTask(InputName(options.raws.front()), options.task, job.spec);
     SetPitch("--out-pitch", options.result.pitch, &plan.task.out);
@@ -44,7 +49,6 @@ void Run(BinOptions options) {
                             Shape(plan.task.out.layout).bits);
     job.target.packed = plan.task.out;
     CheckColours(job.target, job.spec.colours);
-    CheckOutputs({NamePattern(options.result.out).Of({options.raws.front(), 0})}, options.raws);
     if (job.target.kind != FileKind::Packed) {
         plan.encode = [target = job.target,
                        frameless = MakeFrameless(job)](std::span<const uint8_t> packed) {
@@ -71,7 +75,8 @@ std::function<void()> Declare(CLI::App& command) {
         "A cell of N by N pixels becomes one; --cell 1 applies the gain only. When -f, -s or "
         "--cell\n"
         "is missing, what is not told is guessed from the first file, the pitch too, and taken\n"
-        "where the guess is certain; else the pitch is tight, unless it is given.\n\n"
+        "where the guess is certain. Where all three are given, the pitch is tight unless it "
+        "is.\n\n"
         "A file is written whole or not at all, also when the run is interrupted. Where each "
         "frame\n"
         "has a file of its own, one that cannot be read is named, and the others are written all\n"

@@ -57,21 +57,32 @@ std::vector<std::string> RunPipe(BinJob* job) {
     const std::string& out = job->options.result.out;
     const NamePattern pattern(out);
     const FrameRange& frames = job->spec.frames;
-    if (!job->Separate() && job->plan.encode && frames.told && frames.first != frames.last) {
+    if (!pattern.Numbers() && job->plan.encode && frames.told && frames.first != frames.last) {
         throw UserError("-o: several frames need a %d in the name, such as frame_%03d");
     }
+    const auto name = [&](int64_t number) {
+        std::string path = pattern.Of({raw, number});
+        CheckOutput(path, raw);
+        return path;
+    };
+    const std::string first = name(frames.first);
     FramePipe pipe(raw, job->spec);
     CheckMemory(job->plan.task.out);
-    const auto name = [&](int64_t number) { return pattern.Of({raw, number}); };
     const bool numbered = pattern.Numbers();
-    BinPipe(job->plan, &pipe, name(frames.first),
-            numbered ? std::function<std::string(int64_t)>(name) : nullptr, &job->outcome);
+    BinPipe(job->plan, &pipe, first, numbered ? std::function<std::string(int64_t)>(name) : nullptr,
+            &job->outcome);
     job->runs.push_back(pipe.Run());
-    std::vector<std::string> names{name(frames.first)};
+    std::vector<std::string> names{first};
     for (int64_t i = 1; numbered && i < job->outcome.frames; ++i) {
-        names.push_back(name(frames.first + i));
+        names.push_back(pattern.Of({raw, frames.first + i}));
     }
     return names;
+}
+
+// What an error leaves behind, to be added to it.
+std::string WrittenBefore(const BinJob& job) {
+    const int64_t done = job.outcome.frames;
+    return job.Separate() && done > 0 ? Text("; files written before: ", done) : "";
 }
 
 }  // namespace
@@ -80,15 +91,15 @@ std::vector<std::string> RunFrames(BinJob* job) {
     const auto start = std::chrono::steady_clock::now();
     const std::vector<std::string>& raws = job->options.raws;
     try {
-        const bool pipe = raws.size() == 1 && FramePipe::Serves(raws.front(), job->spec);
-        std::vector<std::string> names = pipe ? RunPipe(job) : RunFiles(job);
+        job->piped = raws.size() == 1 && FramePipe::Serves(raws.front(), job->spec);
+        std::vector<std::string> names = job->piped ? RunPipe(job) : RunFiles(job);
         job->seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         return names;
     } catch (const RunError& error) {
-        const int64_t done = job->outcome.frames;
-        if (!job->Separate() || done == 0) throw;
-        throw RunError(Text(error.what(), "; files written before: ", done));
+        throw RunError(error.what() + WrittenBefore(*job));
+    } catch (const UserError& error) {
+        throw UserError(error.what() + WrittenBefore(*job));
     }
 }
 

@@ -26,6 +26,8 @@ struct BinJob {
     FrameSpec spec;
     BinPlan plan;
     Target target;
+    std::string guessed;  // a note on what was guessed; empty when nothing was
+    bool piped = false;   // the frames come one after another, from one pipe
     std::vector<FrameRun> runs{};
     std::vector<std::string> failures{};  // of files that could not be begun
     BinOutcome outcome{};
@@ -35,12 +37,12 @@ struct BinJob {
     // One file for each frame, so that what is wrong with one need not concern the others.
     bool Separate() const {
         const NamePattern pattern(options.result.out);
-        return pattern.Numbers() || pattern.NamesInput();
+        return pattern.Numbers() || (pattern.NamesInput() && !piped);
     }
 };
 
 // Bins all frames and writes them. Returns the names of the files that were written. Throws
-// UserError and RunError as BinFrames and BinPipe do; RunError says how many files were complete.
+// UserError and RunError as BinFrames and BinPipe do, saying how many files were complete.
 std::vector<std::string> RunFrames(BinJob* job);
 
 }  // namespace tarn::tool

@@ -13,6 +13,7 @@ using Json = nlohmann::json;
 // What is done, but may not be what was meant.
 void SayNotes(const BinJob& job) {
     const BinTask& task = job.plan.task;
+    if (!job.guessed.empty()) Say(job.Quiet(), "note: ", job.guessed);
     if (!job.spec.coloursKnown) SayAssumedColours(job.target, job.spec.colours, job.Quiet());
     for (const FrameRun& run : job.runs) SayLeftOver(run, job.Quiet());
     if (task.in.width % task.cell || task.in.height % task.cell) {
@@ -46,6 +47,9 @@ Json JsonReport(const BinJob& job, const std::vector<std::string>& names) {
             {"frames", job.outcome.frames.load()},
             {"bytes_left_over", leftOver},
             {"cell", job.plan.task.cell},
+            {"geometry_guessed", !job.guessed.empty()},
+            {"colours", job.spec.colours},
+            {"colours_assumed", !job.spec.coloursKnown},
             {"gain", job.plan.task.gain},
             {"threads", job.plan.threads},
             {"failures", failures},
@@ -67,8 +71,8 @@ void Report(const BinJob& job, const std::vector<std::string>& names) {
     const double milliseconds = double(job.outcome.times.library) / 1e6;
     Say(job.Quiet(), FilesText(names, job.target), " from ",
         frames > 1 ? Text(frames, " frames of ") : "",
-        Describe(job.runs.empty() ? task.in : job.runs.front().frame), ", cell ", task.cell,
-        ", gain ", task.gain, ": ", std::round(milliseconds * 100) / 100, " ms");
+        Describe(job.runs.empty() ? task.in : job.runs.front().frame, task.cell), ", gain ",
+        task.gain, ": ", std::round(milliseconds * 100) / 100, " ms");
 }
 
 void TellFailures(const BinJob& job) {

@@ -101,7 +101,6 @@ nlohmann::json JsonReport(const Options& options, const std::vector<std::string>
 
 void Run(const Options& options) {
     options.report.Check(options.result.out);
-    CheckOutputs({NamePattern(options.result.out).Of({options.raw, 0})}, {options.raw});
     const int threads = options.threads.Count();
     Source source = ReadSource(options.raw, options.frame);
     const Target target = MakeTarget(options.result, source);

@@ -35,11 +35,7 @@ void ParseColours(const FrameOptions& options, const NamedFormat& format, FrameS
         spec->colours = format.grey ? "" : format.colours.empty() ? "RGGB" : format.colours;
         return;
     }
-    CheckColourOrder("--cfa", options.colours);
-    if (!format.colours.empty() && format.colours != options.colours) {
-        throw UserError(
-            Text("--cfa: ", options.colours, " contradicts ", format.name, ": ", format.colours));
-    }
+    CheckColourOption(options);
     spec->colours = options.colours;
 }
 
@@ -97,6 +93,16 @@ std::optional<NamedFormat> ParseFormat(const FrameOptions& options) {
         throw UserError("-f says the layout; --family and --bits must not say it again");
     }
     return FindFormat("-f", options.format);
+}
+
+void CheckColourOption(const FrameOptions& options) {
+    if (options.colours.empty()) return;
+    CheckColourOrder("--cfa", options.colours);
+    const std::optional<NamedFormat> format = ParseFormat(options);
+    if (format && !format->colours.empty() && format->colours != options.colours) {
+        throw UserError(
+            Text("--cfa: ", options.colours, " contradicts ", format->name, ": ", format->colours));
+    }
 }
 
 int ParseCell(const std::string& text) {

@@ -38,6 +38,8 @@ struct FrameOptions {
 
 // Each throws UserError for what cannot be.
 std::optional<NamedFormat> ParseFormat(const FrameOptions& options);  // none when none is told
+void CheckColourOption(
+    const FrameOptions& options);        // that --cfa is an order, and -f's if it has one
 int ParseCell(const std::string& text);  // the pixels per side of one colour
 int64_t ParseOffset(const std::string& text);
 

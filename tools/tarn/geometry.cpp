@@ -98,6 +98,10 @@ std::string Describe(const PackedFrame& frame) {
                 frame.pitch);
 }
 
+std::string Describe(const PackedFrame& frame, int cell) {
+    return Text(Describe(frame), ", cell ", cell);
+}
+
 void CheckColourOrder(const std::string& option, const std::string& text) {
     for (const char* order : kColourOrders) {
         if (text == order) return;

@@ -44,6 +44,7 @@ void CheckMemory(const PackedFrame& frame, int64_t count = 1);
 void CheckFileSize(const std::string& name, int64_t bytes, const PackedFrame& frame);
 
 std::string Describe(const PackedFrame& frame);
+std::string Describe(const PackedFrame& frame, int cell);
 
 // Of the top left 2x2, row by row.
 inline constexpr const char* kColourOrders[] = {"RGGB", "GRBG", "GBRG", "BGGR"};

@@ -7,29 +7,12 @@
 #define TARN_TOOL_GUESS_H_
 
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "tools/tarn/input.h"
-#include "tools/tarn/packed_frame.h"
+#include "tools/tarn/hypotheses.h"
 
 namespace tarn::tool {
-
-// What is known beforehand.
-struct Known {
-    std::optional<Layout> layout;
-    std::optional<int64_t> pitch;
-    std::optional<int> width;
-    std::optional<int> height;
-    std::optional<int> cell;
-};
-
-struct Hypothesis {
-    PackedFrame frame;
-    int cell;
-    double cost;  // bits per pixel, a little added for what is rarely seen
-};
 
 enum class Certainty { Uncertain, Likely, Certain };
 
@@ -39,6 +22,8 @@ struct Guess {
     Certainty layout;
     Certainty pitch;
     Certainty cell;
+    int64_t leftOver;   // bytes after the best one
+    bool maybeSeveral;  // sensors are wider than tall: it may be frames one after another
 
     Certainty Whole() const { return std::min({layout, pitch, cell}); }
 };

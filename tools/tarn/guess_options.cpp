@@ -12,6 +12,21 @@ bool LeavesOpen(const FrameOptions& options) {
     return !ParseFormat(options) || options.size.empty() || options.cell.empty();
 }
 
+void CheckCertainty(const std::string& path, const FrameOptions& options, const Guess& guess) {
+    if (guess.Whole() != Certainty::Certain) {
+        const std::string from = options.offset.empty() ? "" : " --offset " + options.offset;
+        throw UserError(
+            Text(path, ": what it is cannot be guessed with certainty; see tarn inspect ",
+                 AsArgument(path), from, " and say it with -f, -s, --pitch and --cell"));
+    }
+    if (guess.maybeSeveral) {
+        const auto& [frame, cell, cost] = guess.ranked.front();
+        throw UserError(Text(path, ": is taken for ", Describe(frame, cell),
+                             ", which is taller than wide: give -s, and --frame where these are "
+                             "several frames"));
+    }
+}
+
 }  // namespace
 
 Known KnownFromOptions(const std::string& path, const FrameOptions& options, int64_t bytes) {
@@ -39,48 +54,40 @@ Known KnownFromOptions(const std::string& path, const FrameOptions& options, int
 }
 
 GuessedFile GuessFile(const std::string& path, const FrameOptions& options) {
+    CheckColourOption(options);
     const int64_t offset = ParseOffset(options.offset);
     const std::string name = InputName(path, offset);
-    Bytes bytes = ReadFile(path, kMostBytes);
-    if (int64_t(bytes.size()) > kMostBytes) {
+    const int64_t all = FileSize(path);
+    const auto checkSize = [&](int64_t size) {
+        if (size <= kMostBytes) return;
         throw UserError(Text(name, ": is larger than the 4 GiB that can be guessed"));
-    }
-    bytes.erase(bytes.begin(), bytes.begin() + std::min(offset, int64_t(bytes.size())));
+    };
+    checkSize(all - offset);
+    Bytes bytes = ReadFile(path, kMostBytes, all < 0 ? 0 : offset);
+    checkSize(int64_t(bytes.size()));
+    if (all < 0)
+        bytes.erase(bytes.begin(), bytes.begin() + std::min(offset, int64_t(bytes.size())));
     const int64_t size = static_cast<int64_t>(bytes.size());
     Guess guess = GuessFrame(name, bytes, KnownFromOptions(path, options, size));
     if (!options.size.empty()) CheckFileSize(name, size, guess.ranked.front().frame);
     return {std::move(guess), std::move(bytes)};
 }
 
-bool MayBeSeveral(const PackedFrame& frame) {
-    return frame.height > frame.width;
-}
-
-FrameOptions WithGuess(const std::string& path, const FrameOptions& options, bool quiet) {
-    if (!LeavesOpen(options)) return options;
+FilledOptions WithGuess(const std::string& path, const FrameOptions& options) {
+    if (!LeavesOpen(options)) return {options, ""};
     if (ParseFrames(options.frames).told || FileSize(path) < 0) {
         throw UserError(
             "-f, -s and --cell are needed here: only a file of one frame can be guessed");
     }
     const Guess guess = GuessFile(path, options).guess;
     const auto& [frame, cell, cost] = guess.ranked.front();
-    if (guess.Whole() != Certainty::Certain) {
-        throw UserError(Text(path,
-                             ": what it is cannot be guessed with certainty; see tarn inspect ",
-                             path, " and say it with -f, -s, --pitch and --cell"));
-    }
-    if (options.size.empty() && MayBeSeveral(frame)) {
-        throw UserError(Text(path, ": is taken for ", Describe(frame), ", cell ", cell,
-                             ", which is taller than wide: give -s, and --frame where these are "
-                             "several frames"));
-    }
-    Say(quiet, "note: ", path, " is taken for ", Describe(frame), ", cell ", cell,
-        ", by a guess that is certain");
-    FrameOptions filled = options;
-    if (!ParseFormat(options)) filled.format = LayoutName(frame.layout);
-    filled.size = Text(frame.width, "x", frame.height);
-    filled.pitch = Text(frame.pitch);
-    filled.cell = Text(cell);
+    CheckCertainty(path, options, guess);
+    FilledOptions filled{options, Text(path, " is taken for ", Describe(frame, cell),
+                                       ", by a guess that is certain")};
+    if (!ParseFormat(options)) filled.options.format = LayoutName(frame.layout);
+    filled.options.size = Text(frame.width, "x", frame.height);
+    filled.options.pitch = Text(frame.pitch);
+    filled.options.cell = Text(cell);
     return filled;
 }
 

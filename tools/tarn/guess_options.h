@@ -21,12 +21,15 @@ struct GuessedFile {
 // it is not all of the frame whose size was told.
 GuessedFile GuessFile(const std::string& path, const FrameOptions& options);
 
-// Sensors are wider than tall: this may be frames of that width one after another, taken for one.
-bool MayBeSeveral(const PackedFrame& frame);
+// What options leave open, filled in.
+struct FilledOptions {
+    FrameOptions options;
+    std::string note;  // on what was guessed; empty when nothing was
+};
 
-// The options with what they leave open filled in, where it is certain; that is said. Throws
-// UserError where it is not, and where more than one frame or a pipe is asked for.
-FrameOptions WithGuess(const std::string& path, const FrameOptions& options, bool quiet);
+// Throws UserError where what they leave open is not certain, and where more than one frame or a
+// pipe is asked for.
+FilledOptions WithGuess(const std::string& path, const FrameOptions& options);
 
 }  // namespace tarn::tool
 

@@ -37,6 +37,16 @@ std::string InputName(const std::string& path, int64_t offset) {
     return offset > 0 ? Text(name, " after --offset ", offset) : name;
 }
 
+std::string AsArgument(const std::string& path) {
+    constexpr char kPlain[] =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._/+,@%-";
+    const std::string name = path.rfind('-', 0) == 0 ? "./" + path : path;
+    if (name.find_first_not_of(kPlain) == name.npos) return name;
+    std::string quoted = "'";
+    for (const char c : name) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
 int64_t FileSize(const std::string& path) {
     struct stat status {};
     const int failed = path == "-" ? fstat(STDIN_FILENO, &status) : stat(path.c_str(), &status);

@@ -13,6 +13,9 @@ using Bytes = std::vector<uint8_t>;
 
 // The name of a file in messages: "standard input" for "-". With an offset, of what follows it.
 std::string InputName(const std::string& path, int64_t offset = 0);
+
+// A file's name as a shell takes it for one word, and a command for no option.
+std::string AsArgument(const std::string& path);
 inline constexpr char kNoName[] = "\"\" (an empty name)";
 
 // Size of a regular file in bytes, or -1 for anything that has none (a pipe, say). Throws UserError

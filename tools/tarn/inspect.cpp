@@ -92,7 +92,7 @@ void Run(const Options& options) {
         byGain = {gain, ClippedByGain(subject.frame, dump.bytes, subject.cell, gain)};
     }
 
-    const std::string title = DescribeSubject(subject);
+    const std::string title = Describe(subject.frame, subject.cell);
     if (!options.svg.empty()) {
         WriteFile(options.svg, DrawHistogram(ChartKind::Svg, title, statistics));
     }

@@ -16,7 +16,6 @@ struct Subject {
     int cell;
     std::optional<Guess> guess;
 };
-std::string DescribeSubject(const Subject& subject);
 
 struct GainEffect {
     float gain;
@@ -31,6 +30,8 @@ struct Report {
     const Statistics& statistics;
     std::optional<GainEffect> byGain;
 };
+
+inline constexpr size_t kRunnersUp = 3;  // that are told after the best guess
 
 std::string ReportText(const Report& report);
 std::string ReportJson(const Report& report);

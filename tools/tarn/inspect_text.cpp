@@ -4,20 +4,12 @@
 #include <cmath>
 #include <filesystem>
 #include <iomanip>
-#include <nlohmann/json.hpp>
 
 #include "tools/tarn/geometry.h"
-#include "tools/tarn/guess_options.h"
 #include "tools/tarn/message.h"
 
 namespace tarn::tool {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-constexpr size_t kRunnersUp = 3;
-
-// ---- as text --------------------------------------------------------------------------------
 
 std::string Percent(double share) {
     if (share > 0 && share < 0.00005) return "< 0.01 %";
@@ -25,7 +17,7 @@ std::string Percent(double share) {
 }
 
 std::string DescribeHypothesis(const Hypothesis& hypothesis) {
-    return Text(Describe(hypothesis.frame), ", cell ", hypothesis.cell);
+    return Describe(hypothesis.frame, hypothesis.cell);
 }
 
 std::string GuessText(const Guess& guess) {
@@ -33,6 +25,14 @@ std::string GuessText(const Guess& guess) {
         Text(guess.Whole() == Certainty::Certain ? "it is " : "it may be ",
              DescribeHypothesis(guess.ranked.front()), ": a guess; layout ", Name(guess.layout),
              ", pitch ", Name(guess.pitch), ", cell ", Name(guess.cell), "\n");
+    if (guess.leftOver > 0) {
+        text +=
+            Text(Grouped(guess.leftOver),
+                 " bytes after it are left over: the file may be cut, or begin with a header\n");
+    }
+    if (guess.maybeSeveral) {
+        text += "taller than wide: it may be several frames of that width; -s tells\n";
+    }
     for (size_t i = 1; i < std::min(guess.ranked.size(), kRunnersUp + 1); ++i) {
         text +=
             Text(i == 1 ? "next best: " : "           ", DescribeHypothesis(guess.ranked[i]), "\n");
@@ -40,27 +40,26 @@ std::string GuessText(const Guess& guess) {
     return text;
 }
 
-// As a shell takes it for one word.
-std::string Quoted(const std::string& name) {
-    constexpr char kPlain[] =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._/+,@%-";
-    if (name.find_first_not_of(kPlain) == name.npos) return name;
-    std::string quoted = "'";
-    for (const char c : name) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
+// The name of a picture of this file, as -o takes it.
+std::string PictureOf(const std::string& file) {
+    const std::string stem = std::filesystem::path(file).stem().string();
+    std::string name;
+    for (const char c : stem) name += c == '%' ? "%%" : std::string(1, c);
+    return name + (file == stem + ".png" ? "_seen.png" : ".png");
 }
 
 // The command that makes a picture of what was found.
 std::string NextStep(const Report& report) {
-    const Subject& subject = report.subject;
-    const PackedFrame& frame = subject.frame;
-    const bool piped = report.file == InputName("-");
-    const std::string file = piped ? "FILE" : report.file;
-    const std::string picture = std::filesystem::path(file).stem().string() + ".png";
-    return Text("to see it:  tarn ", subject.cell > 1 ? "bin " : "convert ", Quoted(file), " -o ",
-                Quoted(picture), " -f ", LayoutName(frame.layout), " -s ", frame.width, "x",
-                frame.height, " --pitch ", frame.pitch, report.options,
-                subject.cell > 1 ? Text(" --cell ", subject.cell) : "", "\n");
+    const auto& [frame, cell, guess] = report.subject;
+    const std::string file = report.file == InputName("-") ? "FILE" : report.file;
+    const bool bins = cell > 1 && (cell == 2 || Shape(frame.layout).bits == 10);
+    std::string text =
+        Text("to see it:  tarn ", bins ? "bin " : "convert ", AsArgument(file), " -o ",
+             AsArgument(PictureOf(file)), " -f ", LayoutName(frame.layout), " -s ", frame.width,
+             "x", frame.height, " --pitch ", frame.pitch, report.options);
+    if (guess && guess->leftOver > 0) text += " --frame 0";
+    if (cell > 1) text += bins ? Text(" --cell ", cell) : " --grey";
+    return text + "\n";
 }
 
 // 64 ranges of codes as bars of eight heights, the square root of their pixels: rare codes show.
@@ -110,67 +109,13 @@ std::string StatisticsText(const Subject& subject, const Statistics& statistics)
     return text.str();
 }
 
-// ---- for machines ---------------------------------------------------------------------------
-
-Json FrameJson(const PackedFrame& frame, int cell) {
-    return {{"layout", LayoutName(frame.layout)},
-            {"width", frame.width},
-            {"height", frame.height},
-            {"pitch", frame.pitch},
-            {"cell", cell}};
-}
-
-Json GuessJson(const Guess& guess) {
-    Json runnersUp = Json::array();
-    for (size_t i = 1; i < std::min(guess.ranked.size(), kRunnersUp + 1); ++i) {
-        runnersUp.push_back(FrameJson(guess.ranked[i].frame, guess.ranked[i].cell));
-        runnersUp.back()["behind"] = guess.ranked[i].cost - guess.ranked.front().cost;
-    }
-    return {{"whole", Name(guess.Whole())},
-            {"layout", Name(guess.layout)},
-            {"pitch", Name(guess.pitch)},
-            {"cell", Name(guess.cell)},
-            {"runners_up", runnersUp}};
-}
-
-Json StatisticsJson(const Statistics& statistics) {
-    Json positions = Json::array();
-    for (int i = 0; i < 4; ++i) {
-        const Tones& tones = statistics.position[i];
-        positions.push_back({{"column", i % 2},
-                             {"row", i / 2},
-                             {"minimum", tones.Percentile(0)},
-                             {"maximum", tones.Percentile(100)},
-                             {"mean", tones.Mean()},
-                             {"p1", tones.Percentile(1)},
-                             {"p50", tones.Percentile(50)},
-                             {"p99", tones.Percentile(99)},
-                             {"histogram", tones.histogram}});
-    }
-    return {{"colours", positions},
-            {"clipped_pixels", statistics.clippedPixels},
-            {"clipped_cells", statistics.clippedCells},
-            {"below_black", statistics.belowBlack},
-            {"cell_imbalance",
-             {{"column", statistics.imbalanceColumn},
-              {"row", statistics.imbalanceRow},
-              {"deviation", statistics.imbalance}}},
-            {"row_padding", statistics.padding}};
-}
-
 }  // namespace
-
-std::string DescribeSubject(const Subject& subject) {
-    return Text(Describe(subject.frame), ", cell ", subject.cell);
-}
 
 std::string ReportText(const Report& report) {
     const Subject& subject = report.subject;
     std::string text = Text(report.file, ": ", Grouped(report.bytes), " bytes\n");
-    text += subject.guess ? GuessText(*subject.guess) : DescribeSubject(subject) + "\n";
-    if (subject.guess && MayBeSeveral(subject.frame)) {
-        text += "taller than wide: it may be several frames of that width; -s tells\n";
-    }
+    text +=
+        subject.guess ? GuessText(*subject.guess) : Describe(subject.frame, subject.cell) + "\n";
     text += NextStep(report);
     text += StatisticsText(subject, report.statistics);
     if (report.byGain) {
@@ -178,19 +123,6 @@ std::string ReportText(const Report& report) {
                      " of the result's pixels to the highest code\n");
     }
     return text;
-}
-
-std::string ReportJson(const Report& report) {
-    const Subject& subject = report.subject;
-    Json json{{"file", report.file},
-              {"bytes", report.bytes},
-              {"frame", FrameJson(subject.frame, subject.cell)}};
-    if (subject.guess) json["guess"] = GuessJson(*subject.guess);
-    json.update(StatisticsJson(report.statistics));
-    if (report.byGain) {
-        json["gain"] = {{"gain", report.byGain->gain}, {"clipped", report.byGain->clipped}};
-    }
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace tarn::tool

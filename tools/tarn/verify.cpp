@@ -25,7 +25,11 @@ struct Options {
     ReportOptions report;
 };
 
-// Throws RunError at the first pixel that differs.
+struct Difference : RunError {
+    using RunError::RunError;
+};
+
+// Throws Difference at the first pixel that differs.
 void Compare(const std::string& mine, const std::string& theirs, int width,
              const std::vector<uint16_t>& a, const std::vector<uint16_t>& b) {
     const auto differing = std::mismatch(a.begin(), a.end(), b.begin());
@@ -33,18 +37,18 @@ void Compare(const std::string& mine, const std::string& theirs, int width,
     const int64_t at = differing.first - a.begin();
     int64_t count = 0;
     for (size_t i = 0; i < a.size(); ++i) count += a[i] != b[i];
-    throw RunError(Text("pixel (", at % width, ", ", at / width, ") is ", *differing.first, " in ",
-                        mine, ", ", *differing.second, " in ", theirs, "; ", Grouped(count), " of ",
-                        Grouped(int64_t(a.size())), " pixels differ"));
+    throw Difference(Text("pixel (", at % width, ", ", at / width, ") is ", *differing.first,
+                          " in ", mine, ", ", *differing.second, " in ", theirs, "; ",
+                          Grouped(count), " of ", Grouped(int64_t(a.size())), " pixels differ"));
 }
 
 void CompareLastGroups(const PackedFrame& frame, const Bytes& library, const Bytes& reference) {
     const auto differing = std::mismatch(library.begin(), library.end(), reference.begin());
     if (differing.first == library.end()) return;
     const int64_t at = differing.first - library.begin();
-    throw RunError(Text("past the pixels of row ", at / frame.pitch, ", byte ", at % frame.pitch,
-                        " is ", int{*differing.first}, " in the library's result, ",
-                        int{*differing.second}, " in the plain reference's"));
+    throw Difference(Text("past the pixels of row ", at / frame.pitch, ", byte ", at % frame.pitch,
+                          " is ", int{*differing.first}, " in the library's result, ",
+                          int{*differing.second}, " in the plain reference's"));
 }
 
 void HoldToReference(const BinTask& task, std::span<const uint8_t> frame, int threads) {
@@ -74,7 +78,7 @@ void Tell(const Options& options, const BinTask& task, bool byLibRaw) {
                    {"witnessed_by_libraw", byLibRaw}});
     }
     Say(quiet, "library and plain reference agree: ", Describe(task.out), " from ",
-        Describe(task.in), ", cell ", task.cell, ", gain ", task.gain, ", ",
+        Describe(task.in, task.cell), ", gain ", task.gain, ", ",
         Grouped(int64_t{task.out.width} * task.out.height), " pixels");
     if (byLibRaw) {
         Say(quiet, "unpacked pixels and LibRaw agree: ", Grouped(pixels), " pixels");
@@ -98,7 +102,7 @@ void Run(const Options& options) {
     try {
         HoldToReference(task, run.At(0), threads);
         byLibRaw = HoldToLibRaw(task.in, run.At(0));
-    } catch (const RunError& difference) {
+    } catch (const Difference& difference) {
         if (options.report.json) WriteJson({{"agree", false}, {"difference", difference.what()}});
         throw;
     }
