@@ -209,8 +209,8 @@ TEST(Differential, RandomFrames) {
 }
 
 // One row that holds every sum a cell can have, under every class of gain. A line of the NEON
-// engine is too short for all of them: the first one there, and every fourth or sixteenth up to the
-// highest.
+// engine, of 4096 pixels, holds all of Tetra's; of Hexadeca's the first, the highest and every
+// fourth or so in between.
 TEST(Differential, EverySum) {
     const std::vector<float> gains = ManyGains();
     for (const TestedOperation& operation : SelectedOperations()) {
