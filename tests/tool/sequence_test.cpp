@@ -78,6 +78,10 @@ TEST_F(SequenceTest, ManyFilesAreTakenInTheirOrderAndNamed) {
     EXPECT_EQ(Read("all.raw").size(), 120u);
     Bin("x.raw y.z.raw -o %s_%d.out --frame 1 -f qc10 -s 16x4 --cell 2");
     EXPECT_EQ(Read("x_1.out"), Read("x.out").substr(20));
+    EXPECT_EQ(Tarn("bin - -o x_%d.out --frame 0-2 -f qc10 -s 16x4 --cell 2 <x.raw"), 2);
+    EXPECT_NE(said_.find("no frame 2; standard input ends before it; files written before: 2"),
+              std::string::npos)
+        << said_;
 }
 
 TEST_F(SequenceTest, OneBadFileKeepsNoOtherFromBeingWritten) {

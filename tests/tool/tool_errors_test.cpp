@@ -45,6 +45,7 @@ TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {"bin frame.raw mosaic.pgm -o new.pgm -f qc10 -s 16x8 --cell 2", "mosaic.pgm holds"},
         {"bin - - -o new.raw -f qc10 -s 16x8 --cell 2", "can be read once only"},
         {"bin - -o new.pgm -f qc10 -s 16x8 --cell 2 --frame all <frame.raw", "need a %d in the"},
+        {"bin - -o %s.pgm -f qc10 -s 16x8 --cell 2 --frame all <frame.raw", "need a %d in the"},
         {"bin - -o new.raw -f qc10 -s 16x8 --cell 2 --frame 1-2 <frame.raw",
          "no frame 1; standard"},
         {"bin - -o new.raw -f qc10 -s 16x9 --cell 2 --frame all <frame.raw",
@@ -69,6 +70,10 @@ TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {"synth mosaic.pgm -o mosaic.pgm -f qc10 --cell 2", "is the input itself"},
     };
     for (const auto& c : kCases) ExpectRefused(c.arguments, 2, c.reason);
+    Write("frame_1.raw", Read("frame.raw") + Read("frame.raw"));
+    ExpectRefused("bin - -o frame_%d.raw -f qc10 -s 16x8 --cell 2 --frame 1 <frame_1.raw", 2,
+                  "frame_1.raw: is the input itself");
+    EXPECT_EQ(Tarn("bin frame_1.raw -o frame_%d.raw -f qc10 -s 16x8 --cell 2 --frame 0"), 0);
     Write("mosaic.pgm", Read("mosaic.pgm").substr(0, 100));
     ExpectRefused(synth + "-f qc10 --cell 2", 2, "16x8 needs 256");
     Write("mosaic.pgm", "P5 6 2 255\n            ");
