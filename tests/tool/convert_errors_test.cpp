@@ -42,6 +42,7 @@ TEST_F(ConvertErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {packed + "-s 16x8 -f qc10 --wb 1,1,1", "go with .dng and"},
         {packed + "-s 16x8 -f qc10 --to pgm --out-pitch 40", "only packed output has a pitch"},
         {"convert frame.raw -o - --json -s 16x8 -f qc10", "taken by -o -"},
+        {"convert frame.raw -o /dev/stdout --json -s 16x8 -f qc10", "taken by -o -"},
         {"convert frame.raw -o new.pgm -s 16x4 -f qc10 --frame all", "need a %d in the name"},
         {"convert frame.raw -o ./frame.raw -s 16x8 -f qc10", "is the input itself"},
         {"convert frame.raw -o nowhere/%d.pgm -s 16x4 -f qc10 --frame all", "cannot be written"},

@@ -105,6 +105,12 @@ TEST_F(ErrorsTest, WritingFollowsLinksAndKeepsModes) {
     EXPECT_TRUE(std::filesystem::is_symlink("link.raw"));
     EXPECT_EQ(Read("kept.raw").size(), 40u);
     EXPECT_EQ(std::filesystem::status("kept.raw").permissions(), std::filesystem::perms(0640));
+    // But not the link that standard output is: what is in the file behind it stays there.
+    std::filesystem::create_symlink("/dev/stdout", "stdout.raw");
+    for (const std::string out : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1", "stdout.raw"}) {
+        Tarn("bin frame.raw -o " + out + " -f qc10 -s 16x8 --cell 2 >>kept.raw");
+    }
+    EXPECT_EQ(Read("kept.raw").size(), 5 * 40u);
 }
 
 }  // namespace

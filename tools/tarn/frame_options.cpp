@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "tools/tarn/message.h"
+#include "tools/tarn/output.h"
 
 namespace tarn::tool {
 namespace {
@@ -51,6 +52,11 @@ Layout OutputLayout(Layout in, const std::string& outBits) {
 CLI::Option* AddText(CLI::App& command, const char* names, std::string& value, const char* type,
                      const std::string& help) {
     return command.add_option(names, value, help)->type_name(type);
+}
+
+CLI::Option* AddOutput(CLI::App& command, const char* names, std::string& value,
+                       const std::string& help) {
+    return AddText(command, names, value, "FILE", help)->transform(PlainOutput);
 }
 
 void FrameOptions::Declare(CLI::App& command, Untold untold) {

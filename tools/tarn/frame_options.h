@@ -16,6 +16,10 @@ namespace tarn::tool {
 CLI::Option* AddText(CLI::App& command, const char* names, std::string& value, const char* type,
                      const std::string& help);
 
+// The same of a file to write: what names standard output becomes "-".
+CLI::Option* AddOutput(CLI::App& command, const char* names, std::string& value,
+                       const std::string& help);
+
 // What a verb does about a frame's geometry that it is not told.
 enum class Untold { Default, Guessed };
 

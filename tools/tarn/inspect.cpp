@@ -115,8 +115,8 @@ std::function<void()> Declare(CLI::App& command) {
     o->frame.Declare(command, Untold::Guessed);
     AddText(command, "--gain", o->gain, "FACTOR",
             "Tell how much of the result this gain would clip");
-    AddText(command, "--svg", o->svg, "FILE", "Draw the histogram into this SVG file");
-    AddText(command, "--png", o->png, "FILE", "Draw the histogram into this PNG file");
+    AddOutput(command, "--svg", o->svg, "Draw the histogram into this SVG file");
+    AddOutput(command, "--png", o->png, "Draw the histogram into this PNG file");
     o->report.DeclareJson(command);
     command.footer(
         "What is not given is guessed from the bytes and the file's size, and the guess is rated:\n"

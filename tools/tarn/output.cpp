@@ -32,17 +32,28 @@ bool WrittenDirectly(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
-// Where a chain of symbolic links ends, be there a file or not.
+std::string FolderOf(const fs::path& target) {
+    return target.has_parent_path() ? target.parent_path().string() : ".";
+}
+
+// One spelling for all those of a file, or a link, in a folder that is there.
+fs::path Place(const fs::path& path) {
+    return fs::weakly_canonical(FolderOf(path)) / path.filename();
+}
+
+bool IsStandardOutput(const fs::path& path) {
+    static const fs::path own = Place("/proc/self/fd/1");
+    return path.filename() == own.filename() && Place(path) == own;
+}
+
+// Where a chain of symbolic links ends, be there a file or not; at standard output in any case.
 fs::path Target(fs::path path) {
     constexpr int kMostLinks = 40;
     for (int links = 0; links < kMostLinks && fs::is_symlink(fs::symlink_status(path)); ++links) {
+        if (IsStandardOutput(path)) break;
         path = path.parent_path() / fs::read_symlink(path);
     }
     return path;
-}
-
-std::string FolderOf(const fs::path& target) {
-    return target.has_parent_path() ? target.parent_path().string() : ".";
 }
 
 // The mode that the file has, or a new one gets.
@@ -92,6 +103,10 @@ void CheckOutput(const std::string& path, const std::set<FileId>& inputs) {
 
 std::string OutputName(const std::string& path) {
     return path == "-" ? "standard output" : path.empty() ? kNoName : path;
+}
+
+std::string PlainOutput(const std::string& path) {
+    return IsStandardOutput(Target(path)) ? "-" : path;
 }
 
 void CheckOutput(const std::string& path, const std::string& inputPath) {

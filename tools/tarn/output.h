@@ -16,6 +16,10 @@ namespace tarn::tool {
 // The name of a file in messages: "standard output" for "-".
 std::string OutputName(const std::string& path);
 
+// The path of an output as every check is to see it: "-" for what names standard output, such as
+// /dev/stdout. Such a link leads on to the file behind it, which would be replaced, not continued.
+std::string PlainOutput(const std::string& path);
+
 // Throws UserError when the output cannot be written, before work is spent on it: a folder, an
 // unwritable place, or a file that is being read.
 void CheckOutput(const std::string& path, const std::string& inputPath);

@@ -13,10 +13,11 @@
 namespace tarn::tool {
 
 void ResultOptions::Declare(CLI::App& command, const char* typeOfTo, const char* helpOfTo) {
-    AddText(command, "-o,--out", out, "FILE",
-            "File to write: .pgm (16-bit codes), .png, .dng, else\npacked; - is standard output. "
-            "In it %d or %03d is\nthe number of the frame, %s the name of RAW without\nits ending, "
-            "%% a %. Packed frames may share a file")
+    AddOutput(
+        command, "-o,--out", out,
+        "File to write: .pgm (16-bit codes), .png, .dng, else\npacked; - is standard output. "
+        "In it %d or %03d is\nthe number of the frame, %s the name of RAW without\nits ending, "
+        "%% a %. Packed frames may share a file")
         ->required();
     AddText(command, "--to", to, typeOfTo, helpOfTo);
     AddText(command, "--out-pitch", pitch, "BYTES", "From one packed row to the next [tight]");

@@ -14,9 +14,10 @@ void SynthOptions::Declare(CLI::App& command) {
     AddText(command, "--chart", chart, kChartNames,
             "A test chart in place of SRC: colour patches, a slanted\nedge, ramps to clip and to "
             "black");
-    AddText(command, "-o,--out", out, "FILE",
-            "File to write: a 16-bit .pgm of the code values, else\na packed frame; - is standard "
-            "output")
+    AddOutput(
+        command, "-o,--out", out,
+        "File to write: a 16-bit .pgm of the code values, else\na packed frame; - is standard "
+        "output")
         ->required();
     AddText(command, "-f,--format", layout, "NAME",
             "Layout to pack: qc10, qc12, vx10, vx12, or another\nname for one, see tarn formats; "
