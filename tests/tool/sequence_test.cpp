@@ -56,6 +56,12 @@ TEST_F(SequenceTest, NoWayThroughThreadsAndPipesChangesAByte) {
             for (int i = 0; i < 10; ++i) parts += Read("part_0" + std::to_string(i) + ".raw");
             EXPECT_TRUE(parts == expected) << threads;
         }
+        EXPECT_EQ(Shell("LD_PRELOAD=" TARN_THREADLESS_LIBRARY
+                        " tarn bin bare.raw -o got.raw --threads 7 " +
+                        ten),
+                  0)
+            << said_;
+        EXPECT_TRUE(Read("got.raw") == expected) << "with no threads to be had";
         Bin("bare.raw -o a%d.pgm --threads 3 " + frames);
         Bin("- <bare.raw -o b%d.pgm --threads 1 " + frames);
         for (const char* i : {"0", "9"}) {

@@ -119,11 +119,11 @@ int ComplainAndExit(int exitCode, const std::string& reason) {
 int main(int argc, char** argv) {
     using namespace tarn::tool;
     OccupyStandardFiles();
-    CatchSignals();
     // A closed pipe and a file that must not grow are errors of the write that meets them.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     try {
+        CatchSignals();
         return Run(argc, argv);
     } catch (const UserError& error) {
         return ComplainAndExit(kWrong, error.what());

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <exception>
 #include <memory>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -26,8 +27,12 @@ void ParallelFor(int64_t count, int threads, const std::function<bool(int64_t, i
         }
     };
     std::vector<std::jthread> others;
-    for (int worker = 1; worker < std::min<int64_t>(threads, count); ++worker) {
-        others.emplace_back(run, worker);
+    try {
+        for (int worker = 1; worker < std::min<int64_t>(threads, count); ++worker) {
+            others.emplace_back(run, worker);
+        }
+    } catch (const std::system_error&) {
+        // The system grants no more of them: those that are there do it all.
     }
     run(0);
     others.clear();

@@ -9,9 +9,10 @@
 
 namespace tarn::tool {
 
-// Calls work(i, worker) once for each i from 0 below count, on at most so many threads; i are begun
-// in order, and worker, below threads, is the one that calls. Once work returns false or throws, no
-// further i is begun; the first exception is thrown when all that were begun have ended.
+// Calls work(i, worker) once for each i from 0 below count, on at most so many threads, fewer where
+// the system grants fewer; i are begun in order, and worker, below threads, is the one that calls.
+// Once work returns false or throws, no further i is begun; the first exception is thrown when all
+// that were begun have ended.
 void ParallelFor(int64_t count, int threads, const std::function<bool(int64_t, int)>& work);
 
 // Lets what several threads do be done in order.

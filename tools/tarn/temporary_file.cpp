@@ -56,10 +56,14 @@ void CatchSignals() {
         }
     }
     pthread_sigmask(SIG_BLOCK, &caught, nullptr);
-    std::thread([caught] {
-        int signal = 0;
-        if (sigwait(&caught, &signal) == 0) RemoveAllAndDie(signal);
-    }).detach();
+    try {
+        std::thread([caught] {
+            int signal = 0;
+            if (sigwait(&caught, &signal) == 0) RemoveAllAndDie(signal);
+        }).detach();
+    } catch (const std::system_error&) {
+        pthread_sigmask(SIG_UNBLOCK, &caught, nullptr);
+    }
 }
 
 TemporaryFile::TemporaryFile(const std::string& folder) : path_(folder + "/.tarn-XXXXXX") {

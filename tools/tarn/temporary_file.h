@@ -7,7 +7,8 @@
 namespace tarn::tool {
 
 // Has SIGINT, SIGTERM and SIGHUP, where they are not ignored, remove the temporary files before
-// they end the tool. Once, before there are other threads: they must not get these signals.
+// they end the tool. Once, before there are other threads: they must not get these signals. It
+// takes a thread; where the system grants none, the signals end the tool and the files stay.
 void CatchSignals();
 
 // A new file with a name of its own in a folder, until it gets its final name.
