@@ -260,7 +260,7 @@ TEST_F(FrameVerbsErrors, WrongRequestsAreRefusedInOneLine) {
         {"inspect frame.raw --pitch tight", "needs -f and -s"},
         {"inspect frame.raw -f qc10 -s 16x8 --cell 2 --svg -", "is taken by the report"},
         {"inspect frame.raw -f qc10 -s 16x8 --cell 2 --svg /dev/fd/1", "is taken by the report"},
-        {"inspect frame.raw --svg new.png --png new.png", "name the same file"},
+        {"inspect frame.raw --svg new.png --png ./new.png", "name the same file"},
         {"inspect frame.raw --cfa RGBW", "none of RGGB"},
         {"inspect frame.raw -f SRGGB10P --cfa BGGR", "BGGR contradicts SRGGB10P"},
         {"inspect frame.raw --family qc", "-f, or --family and --bits"},

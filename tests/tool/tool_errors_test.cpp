@@ -8,6 +8,7 @@ using ErrorsTest = RefusalTest;
 TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
     const std::string bin = "bin frame.raw -o kept.raw ";
     const std::string synth = "synth mosaic.pgm -o kept.raw ";
+    for (const char* link : {"link0", "link1"}) std::filesystem::create_symlink("kept.raw", link);
     const struct {
         std::string arguments, reason;
     } kCases[] = {
@@ -42,6 +43,8 @@ TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {bin + "-f qc10 -s 16x8 --cell 2 --cfa RGBW", "none of RGGB"},
         {bin + "-f qc10 -s 16x8 --cell 2 --threads 0", "\"0\" is not a whole number from 1"},
         {"bin frame.raw frame.raw -o %s.pgm -f qc10 -s 16x8 --cell 2", "go to one file, such as"},
+        {"bin frame.raw frame.raw -o link%d -f qc10 -s 16x8 --cell 2",
+         "to one file, such as link1"},
         {"bin frame.raw mosaic.pgm -o new.pgm -f qc10 -s 16x8 --cell 2", "mosaic.pgm holds"},
         {"bin - - -o new.raw -f qc10 -s 16x8 --cell 2", "can be read once only"},
         {"bin - -o new.pgm -f qc10 -s 16x8 --cell 2 --frame all <frame.raw", "need a %d in the"},

@@ -68,16 +68,16 @@ std::string PlaceAndColours(const FrameOptions& frame) {
 }
 
 void CheckCharts(const Options& options) {
+    std::vector<std::string> charts;
     for (const auto& [name, chart] : {std::pair("--svg", options.svg), {"--png", options.png}}) {
         if (chart.empty()) continue;
         if (chart == "-") {
             throw UserError(Text(name, ": standard output is taken by the report; name a file"));
         }
-        CheckOutput(chart, options.raw);
+        charts.push_back(chart);
     }
-    if (!options.svg.empty() && options.svg == options.png) {
-        throw UserError("--svg and --png: name the same file");
-    }
+    CheckOutputs(charts, {options.raw});
+    if (SharedOutput(charts)) throw UserError("--svg and --png: name the same file");
 }
 
 void Run(const Options& options) {

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <optional>
 #include <system_error>
 
 #include "tools/tarn/message.h"
@@ -119,6 +118,14 @@ void CheckOutputs(const std::vector<std::string>& paths, const std::vector<std::
         if (const auto id = IdOf(input)) ids.insert(*id);
     }
     for (const std::string& path : paths) CheckOutput(path, ids);
+}
+
+std::optional<std::string> SharedOutput(const std::vector<std::string>& paths) {
+    std::set<fs::path> places;
+    for (const std::string& path : paths) {
+        if (!WrittenDirectly(path) && !places.insert(Place(Target(path))).second) return path;
+    }
+    return std::nullopt;
 }
 
 OutputFile::OutputFile(const std::string& path) : path_(path) {

@@ -3,6 +3,7 @@
 #define TARN_TOOL_OUTPUT_H_
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -24,6 +25,10 @@ std::string PlainOutput(const std::string& path);
 // unwritable place, or a file that is being read.
 void CheckOutput(const std::string& path, const std::string& inputPath);
 void CheckOutputs(const std::vector<std::string>& paths, const std::vector<std::string>& inputs);
+
+// The first of them, each of which can be written, that is the same file as one before it, by
+// whatever spelling or links. Devices and pipes may be shared.
+std::optional<std::string> SharedOutput(const std::vector<std::string>& paths);
 
 class TemporaryFile;
 

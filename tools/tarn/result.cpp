@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <set>
 
 #include "tools/tarn/dng.h"
 #include "tools/tarn/message.h"
@@ -72,11 +71,6 @@ std::vector<std::string> OutputNames(const std::string& out, const Target& targe
     std::vector<std::string> names;
     if (pattern.Numbers() || pattern.NamesInput()) {
         for (const FrameName& frame : frames) names.push_back(pattern.Of(frame));
-        const std::set<std::string> different(names.begin(), names.end());
-        if (different.size() < names.size()) {
-            throw UserError(Text("-o: several frames would go to one file, such as ", names.front(),
-                                 "; %d in the name numbers them"));
-        }
     } else {
         names.push_back(pattern.Of(frames.front()));
         if (frames.size() > 1 && target.kind != FileKind::Packed) {
@@ -85,6 +79,10 @@ std::vector<std::string> OutputNames(const std::string& out, const Target& targe
         }
     }
     CheckOutputs(names, inputs);
+    if (const auto shared = SharedOutput(names)) {
+        throw UserError(Text("-o: several frames would go to one file, such as ", *shared,
+                             "; each needs its own, by %d in the name"));
+    }
     return names;
 }
 
