@@ -14,6 +14,7 @@ TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
     } kCases[] = {
         {"", "no verb is given; there are inspect, bin"},
         {"fold", "there is no verb \"fold\"; there are inspect, bin"},
+        {"--json inspect frame.raw", "a verb comes first, not \"--json\"; there are inspect, bin"},
         {bin + "-f qc10 -s 16x8", "too small or too uniform to tell its geometry"},
         {"bin - -o kept.raw -f qc10 -s 16x8 <frame.raw", "only a file of one frame can be guessed"},
         {bin + "-f qc10 -s 16x8 --cell 2 --pich 20", "--pich"},

@@ -30,13 +30,15 @@ std::string ArgumentComplaint(const CLI::App* app, const CLI::Error& error) {
 }
 
 // A missing or mistyped verb is worth a better answer than that one is required.
-void CheckVerb(const std::string& word) {
+void CheckVerb(const CLI::App& app, const std::string& word) {
+    if (app.get_option_no_throw(word)) return;
     std::string known;
     for (const Verb* verb : kVerbs) {
         if (word == verb->name) return;
         known += Text(known.empty() ? "" : ", ", verb->name);
     }
-    throw UserError(Text(word.empty() ? "no verb is given" : Text("there is no verb \"", word, '"'),
+    const char* wrong = word.starts_with('-') ? "a verb comes first, not " : "there is no verb ";
+    throw UserError(Text(word.empty() ? "no verb is given" : Text(wrong, '"', word, '"'),
                          "; there are ", known, "; see tarn --help"));
 }
 
@@ -80,7 +82,6 @@ bool Answered(const CLI::App& app, const std::vector<std::string>& words) {
 }
 
 int Run(int argc, char** argv) {
-    if (argc < 2 || argv[1][0] != '-') CheckVerb(argc < 2 ? "" : argv[1]);
     CLI::App app(
         "From a bare packed dump of an image sensor to a picture, a DNG, a number: looks at packed "
         "raw\nframes, bins those of multi-cell colour-filter sensors, converts and checks them.",
@@ -97,6 +98,7 @@ int Run(int argc, char** argv) {
     }
     app.require_subcommand(1);
     if (Answered(app, {argv, argv + argc})) return 0;
+    CheckVerb(app, argc < 2 ? "" : argv[1]);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
