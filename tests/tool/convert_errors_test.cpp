@@ -58,7 +58,7 @@ TEST_F(ConvertErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {"convert frame.raw -o new.png -s 16x8 -f qc10", "cannot become a PNG"},
         {picture, "needs a layout to be packed in"},
         {picture + "--to qc10 --offset 4", "takes --cfa and --cell only"},
-        {picture + "--to gif", "unknown layout \"gif\""},
+        {picture + "--to gif", "other names for them, and raw, pgm, png, dng; see"},
     };
     for (const auto& c : kCases) ExpectRefused(c.arguments, 2, c.reason);
 }

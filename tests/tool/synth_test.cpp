@@ -163,7 +163,7 @@ TEST_F(SynthErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {photo + "--cell 4", "--cell"},
         {"synth -o kept.raw --cell 2 -f qc10 cut.ppm", "cut.ppm holds 3 bytes of samples"},
         {"synth -o kept.raw --cell 2 -f qc10 cut.png", "is a PNG that cannot be read"},
-        {"synth -o photo.ppm --cell 2 -f qc10 photo.ppm", "is the input itself"},
+        {"synth -o photo.ppm --to raw --cell 2 -f qc10 photo.ppm", "is the input itself"},
     };
     for (const auto& c : kCases) ExpectRefused(c.arguments, 2, c.reason);
 }

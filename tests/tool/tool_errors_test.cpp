@@ -40,6 +40,7 @@ TEST_F(ErrorsTest, WrongRequestsAreRefusedInOneLine) {
         {bin + "-f qc10 -s 2x64 --cell 3",
          "2x64 to 0x21 is an empty frame; widths and heights start at 1"},
         {bin + "-f qc10 -s 16x8 --cell 2 --to gif", "none of raw, pgm, png"},
+        {"bin frame.raw -o new.JPG -f qc10 -s 16x8 --cell 2", "no .jpg is written; pictures are"},
         {bin + "-f qc10 -s 16x8 --cell 2 --to png", "cannot become a PNG"},
         {bin + "-f qc10 -s 16x8 --cell 2 --cfa RGBW", "none of RGGB"},
         {bin + "-f qc10 -s 16x8 --cell 2 --threads 0", "\"0\" is not a whole number from 1"},

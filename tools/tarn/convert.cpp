@@ -24,15 +24,13 @@ struct Options {
 
 // --to may also name the layout to pack in.
 FileKind TargetKind(const ResultOptions& options) {
-    for (const char* kind : {"", "raw", "pgm", "png", "dng"}) {
-        if (options.to == kind) return ParseFileKind(options.to, options.out);
-    }
-    return FileKind::Packed;
+    const bool layout = !options.to.empty() && !FindFileKind(options.to);
+    return layout ? FileKind::Packed : ParseFileKind(options.to, options.out);
 }
 
 Layout TargetLayout(const ResultOptions& options, const Source& source) {
     if (!options.to.empty() && options.to != "raw") {
-        const NamedFormat format = FindFormat("--to", options.to);
+        const NamedFormat format = FindFormat("--to", options.to, Text(", and ", kFileKinds));
         if (source.coloursKnown) CheckSameColours("--to", format, source.picture.colours);
         return format.layout;
     }

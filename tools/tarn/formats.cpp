@@ -124,7 +124,7 @@ std::vector<NearMiss> AllNearMisses() {
     return all;
 }
 
-NamedFormat FindFormat(const std::string& option, std::string name) {
+NamedFormat FindFormat(const std::string& option, std::string name, const std::string& others) {
     const std::string prefix = "V4L2_PIX_FMT_";
     if (name.starts_with(prefix)) name.erase(0, prefix.size());
     const std::vector<NamedFormat> formats = AllFormats();
@@ -143,7 +143,7 @@ NamedFormat FindFormat(const std::string& option, std::string name) {
         }
     }
     throw UserError(Text(option, ": unknown layout \"", name, "\"; there are ", kLayoutNames,
-                         " and other names for them",
+                         " and other names for them", others,
                          meant.empty() ? "; see tarn formats" : meant));
 }
 

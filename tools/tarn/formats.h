@@ -27,8 +27,9 @@ struct NearMiss {
 };
 std::vector<NearMiss> AllNearMisses();
 
-// Throws UserError for a near miss, with the reason, and for an unknown name.
-NamedFormat FindFormat(const std::string& option, std::string name);
+// Throws UserError for a near miss, with the reason, and for an unknown name, with what the option
+// takes, `others` included.
+NamedFormat FindFormat(const std::string& option, std::string name, const std::string& others = "");
 
 // Throws UserError when the name tells another colour order than the frame has.
 void CheckSameColours(const std::string& option, const NamedFormat& format,

@@ -45,15 +45,28 @@ std::string Ending(const std::string& path) {
     return ending;
 }
 
+std::optional<FileKind> FindFileKind(const std::string& name) {
+    if (name == "raw") return FileKind::Packed;
+    if (name == "pgm") return FileKind::Pgm;
+    if (name == "png") return FileKind::Png;
+    if (name == "dng") return FileKind::Dng;
+    return std::nullopt;
+}
+
 FileKind ParseFileKind(const std::string& to, const std::string& path) {
-    const std::string kind = to.empty() ? Ending(path) : to;
-    if (kind == "pgm") return FileKind::Pgm;
-    if (kind == "png") return FileKind::Png;
-    if (kind == "dng") return FileKind::Dng;
-    if (!to.empty() && to != "raw") {
-        throw UserError(Text("--to: \"", to, "\" is none of raw, pgm, png, dng"));
+    if (!to.empty()) {
+        if (const auto kind = FindFileKind(to)) return *kind;
+        throw UserError(Text("--to: \"", to, "\" is none of ", kFileKinds));
     }
-    return FileKind::Packed;
+    const std::string ending = Ending(path);
+    // Whoever asks for one of these wants a picture, which packed rows are not.
+    for (const char* other : {"jpg", "jpeg", "tif", "tiff", "bmp", "webp", "ppm", "heic"}) {
+        if (ending != other) continue;
+        throw UserError(Text("-o: ", path, ": no .", other,
+                             " is written; pictures are .pgm, .png and .dng, and --to raw packs "
+                             "rows under any name"));
+    }
+    return FindFileKind(ending).value_or(FileKind::Packed);
 }
 
 std::vector<uint16_t> Unpack(const PackedFrame& frame, const uint8_t* bytes) {

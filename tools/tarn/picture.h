@@ -3,6 +3,7 @@
 #define TARN_TOOL_PICTURE_H_
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,12 @@ namespace tarn::tool {
 
 enum class FileKind { Packed, Pgm, Png, Dng };
 
-// By the --to option where it is given, else by the ending of the file's name.
+// What --to calls them; none where it is something else.
+inline constexpr char kFileKinds[] = "raw, pgm, png, dng";
+std::optional<FileKind> FindFileKind(const std::string& name);
+
+// By the --to option where it is given, else by the ending of the file's name. Throws UserError for
+// what --to does not call any, and for endings of pictures that are not written.
 FileKind ParseFileKind(const std::string& to, const std::string& path);
 
 // The ending of a file's name, in lower case, without the dot.
