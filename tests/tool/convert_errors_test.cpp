@@ -105,6 +105,7 @@ TEST_F(ConvertErrorsTest, BrokenPicturesAreRefused) {
     refuse(patched(width, std::string(2, '\0')), "bad.dng: ");
     Write("bad.pgm", "P5 99999999 99999999 1023 ");
     ExpectRefused("convert bad.pgm -o kept.raw --to qc10", 2, "needs 19,999,999,600,000,002");
+    EXPECT_EQ(said_.find("a packed frame needs"), std::string::npos) << "it is a PGM: " << said_;
     Write("bad.pgm", "P5 4 1 255 1234");
     ExpectRefused("convert bad.pgm -o kept.raw --to qc10", 2, "has a maximum of 255");
     ExpectRefused("convert good.dng -o good.dng", 2, "is the input itself");

@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "tools/tarn/geometry.h"
-#include "tools/tarn/message.h"
 #include "tools/tarn/pnm.h"
 
 namespace tarn::tool {
@@ -73,15 +72,15 @@ void CheckSizes(const std::string& name, size_t bytes, const libraw_image_sizes_
 Mosaic ReadCameraRaw(const std::string& name, Bytes& bytes) {
     const auto raw = std::make_unique<LibRaw>();  // too large for the stack
     raw->set_dataerror_handler(nullptr, nullptr);
-    int error = raw->open_buffer(bytes.data(), bytes.size());
-    if (error == LIBRAW_SUCCESS) {
-        CheckSizes(name, bytes.size(), raw->imgdata.sizes);
-        error = raw->unpack();
-    }
-    if (error != LIBRAW_SUCCESS) {
-        throw UserError(Text(name, ": is neither a PGM (P5) nor a camera raw that can be read: ",
-                             libraw_strerror(error)));
-    }
+    const auto complaint = [&](int error) {
+        return Text(name, ": is neither a PGM (P5) nor a camera raw that can be read: ",
+                    libraw_strerror(error));
+    };
+    const int opened = raw->open_buffer(bytes.data(), bytes.size());
+    if (opened != LIBRAW_SUCCESS) throw NoPicture(complaint(opened));
+    CheckSizes(name, bytes.size(), raw->imgdata.sizes);
+    const int unpacked = raw->unpack();
+    if (unpacked != LIBRAW_SUCCESS) throw UserError(complaint(unpacked));
     return MosaicOf(name, bytes.size(), raw.get());
 }
 
@@ -119,7 +118,7 @@ Mosaic DecodeMosaic(const std::string& name, Bytes& bytes) {
 Bytes ReadPictureFile(const std::string& path) {
     Bytes bytes = ReadFile(path, kMostFileBytes);
     if (int64_t(bytes.size()) <= kMostFileBytes) return bytes;
-    throw UserError(Text(InputName(path), ": is larger than 2 GiB"));
+    throw NoPicture(Text(InputName(path), ": is larger than 2 GiB"));
 }
 
 Mosaic ReadMosaic(const std::string& path) {

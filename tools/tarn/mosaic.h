@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/tarn/input.h"
+#include "tools/tarn/message.h"
 
 class LibRaw;
 
@@ -21,10 +22,17 @@ struct Mosaic {
     bool camera = false;  // levels and colours are the camera's; a PGM tells its white alone
 };
 
-// The bytes of a file that may be one of them, or another picture. Throws UserError.
+// What no decoder takes for its own, and which may be packed rows for that reason.
+struct NoPicture : UserError {
+    using UserError::UserError;
+};
+
+// The bytes of a file that may be one of them, or another picture. Throws NoPicture when there are
+// too many of them.
 Bytes ReadPictureFile(const std::string& path);
 
-// Both throw UserError, naming the file, when it is neither. LibRaw may write to the bytes.
+// Both throw NoPicture, naming the file, when it is neither, and UserError when it is a broken one.
+// LibRaw may write to the bytes.
 Mosaic DecodeMosaic(const std::string& name, Bytes& bytes);
 Mosaic ReadMosaic(const std::string& path);
 

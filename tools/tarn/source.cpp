@@ -43,10 +43,9 @@ Source ReadPacked(const std::string& path, const FrameOptions& options) {
 }
 
 Mosaic ReadUnpacked(const std::string& path) {
-    FileSize(path);  // what cannot be read at all needs no advice
     try {
         return ReadMosaic(path);
-    } catch (const UserError& error) {
+    } catch (const NoPicture& error) {
         throw UserError(Text(error.what(), "; a packed frame needs -f and -s"));
     }
 }
