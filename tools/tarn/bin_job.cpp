@@ -58,7 +58,7 @@ std::vector<std::string> RunPipe(BinJob* job) {
     const NamePattern pattern(out);
     const FrameRange& frames = job->spec.frames;
     if (!pattern.Numbers() && job->plan.encode && frames.told && frames.first != frames.last) {
-        throw UserError("-o: several frames need a %d in the name, such as frame_%03d");
+        RefuseSharing("several");
     }
     const auto name = [&](int64_t number) {
         std::string path = pattern.Of({raw, number});

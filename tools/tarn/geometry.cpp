@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <iterator>
+#include <string_view>
 
 #include "tools/tarn/message.h"
 
@@ -11,6 +12,16 @@ namespace {
 // In the order of Layout.
 constexpr const char* kNames[] = {"qc10", "qc12", "vx10", "vx12"};
 static_assert(std::size(kNames) == kLayoutCount);
+
+// What messages tell of them.
+static_assert([](std::string_view list) {
+    for (const std::string_view name : kNames) {
+        if (!list.starts_with(name)) return false;
+        list.remove_prefix(name.size());
+        if (list.starts_with(", ")) list.remove_prefix(2);
+    }
+    return list.empty();
+}(kLayoutNames));
 
 // Keeps every product of a width, a height and a few bytes within 64 bits.
 constexpr int64_t kLongestSide = 1'000'000'000;

@@ -64,6 +64,10 @@ Bytes Encode(const Target& target, Picture picture) {
     return target.grey ? EncodeGreyPng(picture) : DevelopPng(std::move(picture), target.half);
 }
 
+void RefuseSharing(const std::string& frames) {
+    throw UserError(Text("-o: ", frames, " frames need a %d in the name, such as frame_%03d"));
+}
+
 std::vector<std::string> OutputNames(const std::string& out, const Target& target,
                                      const std::vector<FrameName>& frames,
                                      const std::vector<std::string>& inputs) {
@@ -74,8 +78,7 @@ std::vector<std::string> OutputNames(const std::string& out, const Target& targe
     } else {
         names.push_back(pattern.Of(frames.front()));
         if (frames.size() > 1 && target.kind != FileKind::Packed) {
-            throw UserError(
-                Text("-o: ", frames.size(), " frames need a %d in the name, such as frame_%03d"));
+            RefuseSharing(std::to_string(frames.size()));
         }
     }
     CheckOutputs(names, inputs);

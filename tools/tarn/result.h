@@ -47,6 +47,9 @@ void SayAssumedColours(const Target& target, const std::string& colours, bool qu
 
 Bytes Encode(const Target& target, Picture picture);
 
+// Throws UserError: only packed frames may share a file.
+[[noreturn]] void RefuseSharing(const std::string& frames);
+
 // The names of the files, each of which can be written: one for each frame where the name tells
 // them apart, else one for all, which several can share only packed. Throws UserError.
 std::vector<std::string> OutputNames(const std::string& out, const Target& target,
