@@ -61,6 +61,9 @@ TEST(HostPlatform, PropertiesAreCutAndTerminated) {
     EXPECT_EQ(value[PROP_VALUE_MAX], 'x');
     EXPECT_EQ(__system_property_get("persist.log.tag", value), 0);
     EXPECT_STREQ(value, "");
+    SetVerbosity("1");
+    EXPECT_EQ(__system_property_get("persist.log.tag.tarn.verbose", value), 1);
+    EXPECT_STREQ(value, "1");
 }
 
 TEST(HostPlatform, LinesCarryThePriorityAndEndWithinTheirBuffer) {
