@@ -40,7 +40,7 @@ std::string InputName(const std::string& path, int64_t offset) {
 std::string AsArgument(const std::string& path) {
     constexpr char kPlain[] =
         "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._/+,@%-";
-    const std::string name = path.rfind('-', 0) == 0 ? "./" + path : path;
+    std::string name = path.rfind('-', 0) == 0 ? "./" + path : path;
     if (name.find_first_not_of(kPlain) == name.npos) return name;
     std::string quoted = "'";
     for (const char c : name) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
