@@ -5,6 +5,7 @@
 #include "engines/kernels/avx2_cells.h"
 #include "engines/kernels/avx2_gain.h"
 #include "engines/kernels/avx2_layouts.h"
+#include "engines/kernels/for_each.h"
 #include "engines/kernels/top_lanes.h"
 
 namespace tarn {
@@ -18,8 +19,9 @@ TARN_INLINE __m256i Ninths(__m256i sums) {
 // processor does not look far enough ahead to overlap them with the next block's.
 template <class Out, int n>
 TARN_INLINE void StoreBlocks(uint8_t* dst, __m256i (&v)[n]) {
-    for (int i = 0; i < n; ++i) v[i] = Avx2Layout<Out>::Pack(v[i]);
-    for (int i = 0; i < n; ++i) StoreBlock<Out>(dst + i * kBlockBytes<Out>, v[i]);
+    ForEach<n>([&](auto i) TARN_INLINE_LAMBDA { v[i] = Avx2Layout<Out>::Pack(v[i]); });
+    ForEach<n>([&](auto i)
+                   TARN_INLINE_LAMBDA { StoreBlock<Out>(dst + i * kBlockBytes<Out>, v[i]); });
 }
 
 // A binning operation, one input row after another: that keeps reads in the order of the addresses,
@@ -57,12 +59,14 @@ struct BinBlocks {
     TARN_INLINE void FinishBlocks(const uint8_t* src, uint8_t* dst, const Gain& gain,
                                   const uint16_t* rowSum) {
         __m256i v[n];
-        for (ptrdiff_t i = 0; i < n; ++i) {
+        ForEach<n>([&](auto i) TARN_INLINE_LAMBDA {
             PrefetchAhead(src + i * Cells::kBytes);
             v[i] = _mm256_add_epi16(Cells::template Load<kScale.shift>(src + i * Cells::kBytes),
                                     LoadLanes(rowSum + i * kLanes));
-        }
-        for (int i = 0; i < n; ++i) v[i] = Codes<compensate>(Cells::InRowOrder(v[i]), gain);
+        });
+        ForEach<n>([&](auto i) TARN_INLINE_LAMBDA {
+            v[i] = Codes<compensate>(Cells::InRowOrder(v[i]), gain);
+        });
         StoreBlocks<Out>(dst, v);
     }
 

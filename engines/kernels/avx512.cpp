@@ -6,6 +6,7 @@
 #include "engines/kernels/avx512_cells.h"
 #include "engines/kernels/avx512_gain.h"
 #include "engines/kernels/avx512_layouts.h"
+#include "engines/kernels/for_each.h"
 #include "engines/kernels/top_lanes.h"
 
 namespace tarn {
@@ -48,12 +49,13 @@ struct WideBinBlocks {
         for (; blocks > 0; --blocks, src += 2 * Cells::kBytes, dst += kWideBlockBytes<Out>) {
             PrefetchWide<2 * Cells::kBytes>(src);
             __m512i v[2];
-            for (ptrdiff_t i = 0; i < 2; ++i, rowSum += kWideLanes) {
+            ForEach<2>([&](auto i) TARN_INLINE_LAMBDA {
                 const __m512i sums = Cells::template Load<kRowsDivided>(src + i * Cells::kBytes);
-                v[i] = Cells::InRowOrder(_mm512_add_epi16(sums, LoadWide(rowSum)));
-            }
-            for (__m512i& sums : v) sums = Codes<compensate>(sums, gain);
+                v[i] = Cells::InRowOrder(_mm512_add_epi16(sums, LoadWide(rowSum + i * kWideLanes)));
+            });
+            ForEach<2>([&](auto i) TARN_INLINE_LAMBDA { v[i] = Codes<compensate>(v[i], gain); });
             PackWide<Out>(dst, v);
+            rowSum += 2 * kWideLanes;
         }
     }
 
@@ -83,7 +85,7 @@ struct WideEvBlocks {
             PrefetchWide<kWideBlockBytes<L>>(src);
             __m512i v[2];
             UnpackWide<L>(src, v);
-            for (__m512i& pixels : v) pixels = Compensated(pixels, gain);
+            ForEach<2>([&](auto i) TARN_INLINE_LAMBDA { v[i] = Compensated(v[i], gain); });
             PackWide<L>(dst, v);
         }
     }

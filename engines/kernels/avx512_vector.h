@@ -20,6 +20,7 @@
 #include <cstdint>
 
 #include "engines/kernels/avx512_windows.h"
+#include "engines/kernels/for_each.h"
 
 namespace tarn {
 
@@ -71,11 +72,11 @@ TARN_INLINE __m512i FieldsOf(__m512i lanes) {
 // Asks for `bytes` of what the loop will reach later, as in the AVX2 level.
 template <int bytes>
 TARN_INLINE void PrefetchWide(const uint8_t* src) {
-    constexpr uintptr_t kBytesAhead = 2048, kLine = 64;
+    constexpr int kBytesAhead = 2048, kLine = 64;
     const uintptr_t first = reinterpret_cast<uintptr_t>(src) + kBytesAhead;
-    for (uintptr_t address = first; address < first + bytes; address += kLine) {
-        _mm_prefetch(reinterpret_cast<const char*>(address), _MM_HINT_T0);
-    }
+    ForEach<(bytes + kLine - 1) / kLine>([&](auto line) TARN_INLINE_LAMBDA {
+        _mm_prefetch(reinterpret_cast<const char*>(first + line * kLine), _MM_HINT_T0);
+    });
 }
 
 }  // namespace tarn

@@ -2,8 +2,9 @@
 //
 // A vector level writes block code only. Whole blocks run in place; what is left of a row is copied
 // into a small zeroed row on the stack, the same block code runs there, and the bytes that belong
-// to the row are copied back. Zeros are right for what lies past the width: their sums are 0, or
-// the pedestal under a gain, as in the scalar level.
+// to the row are copied back. That copy is taken before the whole blocks run: vectors read right
+// after bytes were written one by one wait until those have reached the cache. Zeros are right for
+// what lies past the width: their sums are 0, or the pedestal under a gain, as in the scalar level.
 //
 // All functions have internal linkage: this header is compiled with each level's own flags.
 #ifndef TARN_ENGINES_KERNELS_BY_BLOCKS_H_
@@ -16,22 +17,14 @@
 
 namespace tarn {
 
-// The end of a row that makes less than one block.
-template <Binning Op, class Block>
-static void BinRest(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst, int count,
-                    const EvRule* ev, uint16_t* rowSum) {
-    constexpr BinningRecipe kRecipe = Recipe(Op);
-    constexpr int kIn = BytesRead(kRecipe, Block::kPixels);
-    uint8_t in[kRecipe.cell * kIn];
-    uint8_t out[BytesWritten(kRecipe, Block::kPixels)];
-    const int valid = BytesRead(kRecipe, count);
-    for (int row = 0; row < kRecipe.cell; ++row) {
-        uint8_t* to = in + row * kIn;
-        std::memcpy(to, src + row * srcPitch, static_cast<size_t>(valid));
-        std::memset(to + valid, 0, static_cast<size_t>(kIn - valid));
+// The first `bytes` of each of some rows, zeros behind them.
+template <int rows, int rowBytes>
+TARN_INLINE void CopyRows(uint8_t (&to)[rows][rowBytes], const uint8_t* src, ptrdiff_t srcPitch,
+                          int bytes) {
+    std::memset(to, 0, sizeof to);
+    for (int row = 0; row < rows; ++row) {
+        std::memcpy(to[row], src + row * srcPitch, static_cast<size_t>(bytes));
     }
-    Block::Run(in, kIn, out, 1, ev, rowSum);
-    std::memcpy(dst, out, static_cast<size_t>(BytesWritten(kRecipe, count)));
 }
 
 // A row kernel made of block code for the operation. Block provides
@@ -55,10 +48,17 @@ static void BinRowByBlocks(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst,
 
     const int rest = count % Block::kPixels;
     const int whole = count - rest;
+    constexpr int kIn = BytesRead(kRecipe, Block::kPixels);
+    uint8_t in[kRecipe.cell][kIn];
+    if (rest > 0) {
+        CopyRows(in, src + BytesRead(kRecipe, whole), srcPitch, BytesRead(kRecipe, rest));
+    }
     if (whole > 0) Block::Run(src, srcPitch, dst, whole / Block::kPixels, ev, rowSum);
     if (rest > 0) {
-        BinRest<Op, Block>(src + BytesRead(kRecipe, whole), srcPitch,
-                           dst + BytesWritten(kRecipe, whole), rest, ev, rowSum);
+        uint8_t out[BytesWritten(kRecipe, Block::kPixels)];
+        Block::Run(in[0], kIn, out, 1, ev, rowSum);
+        std::memcpy(dst + BytesWritten(kRecipe, whole), out,
+                    static_cast<size_t>(BytesWritten(kRecipe, rest)));
     }
 }
 
@@ -67,16 +67,16 @@ static void BinRowByBlocks(const uint8_t* src, ptrdiff_t srcPitch, uint8_t* dst,
 //   Run(src, dst, blocks, ev)   blocks of any count from 1; each is read before it is written
 template <class L, class Block>
 static void EvRowByBlocks(const uint8_t* src, uint8_t* dst, ptrdiff_t groups, const EvRule& ev) {
-    const ptrdiff_t rest = groups % Block::kGroups;
+    const int rest = static_cast<int>(groups % Block::kGroups);
     const ptrdiff_t offset = (groups - rest) * L::kGroupBytes;
+    const int valid = rest * L::kGroupBytes;
+    uint8_t block[1][Block::kGroups * L::kGroupBytes];
+    if (rest > 0) CopyRows(block, src + offset, 0, valid);
     if (offset > 0) Block::Run(src, dst, groups / Block::kGroups, ev);
-    if (rest == 0) return;
-    const size_t valid = static_cast<size_t>(rest * L::kGroupBytes);
-    uint8_t block[Block::kGroups * L::kGroupBytes];
-    std::memcpy(block, src + offset, valid);
-    std::memset(block + valid, 0, sizeof block - valid);
-    Block::Run(block, block, 1, ev);
-    std::memcpy(dst + offset, block, valid);
+    if (rest > 0) {
+        Block::Run(block[0], block[0], 1, ev);
+        std::memcpy(dst + offset, block, static_cast<size_t>(valid));
+    }
 }
 
 }  // namespace tarn

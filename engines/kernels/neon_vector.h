@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "engines/kernels/for_each.h"
 #include "layout/packed_layouts.h"
 
 namespace tarn {
@@ -21,20 +22,6 @@ template <int count>
 struct Lanes {
     uint16x8_t v[count];
 };
-
-// What TARN_INLINE is to a function.
-#define TARN_INLINE_LAMBDA __attribute__((always_inline))
-
-template <class Step, size_t... i>
-TARN_INLINE void ForEachOf(Step step, std::index_sequence<i...>) {
-    (step(std::integral_constant<int, static_cast<int>(i)>{}), ...);
-}
-
-// step(0), step(1), ...: a loop that is unrolled for certain, so that arrays become registers.
-template <int count, class Step>
-TARN_INLINE void ForEach(Step step) {
-    ForEachOf(step, std::make_index_sequence<count>{});
-}
 
 // The value, of which the compiler knows nothing: it then keeps to the instructions that are
 // written, where it would put two in the place of one.
