@@ -9,9 +9,13 @@ else()
   set(tarn_host_exports "__android_log_print; __system_property_get;")
 endif()
 
+# One name for what systems call by several.
+string(REGEX REPLACE "^AMD64$" "x86_64" tarn_architecture "${CMAKE_SYSTEM_PROCESSOR}")
+string(REGEX REPLACE "^arm64$" "aarch64" tarn_architecture "${tarn_architecture}")
+
 # Row kernels above the architecture's baseline: each file with its own flags. Always optimised: a
 # function of a shared header that is not inlined there would stay behind as a copy with those flags.
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+if(tarn_architecture STREQUAL "x86_64")
   set(tarn_level_sources engines/kernels/avx2.cpp engines/kernels/avx512.cpp)
   # Where g++ knows a bound of what is copied at a row's end, it would write loops of eight bytes and
   # repeated string instructions, which are slower than the C library's memcpy.
@@ -20,7 +24,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
     "${tarn_level_options};-mavx2;-mfma")
   set_source_files_properties(engines/kernels/avx512.cpp PROPERTIES COMPILE_OPTIONS
     "${tarn_level_options};-mavx512f;-mavx512bw;-mavx512vbmi;-mavx512vnni")
-elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+elseif(tarn_architecture STREQUAL "aarch64")
   set(tarn_level_sources engines/kernels/neon.cpp)
   set_source_files_properties(${tarn_level_sources} PROPERTIES COMPILE_OPTIONS "-O2")
 endif()
@@ -56,7 +60,7 @@ target_compile_options(tarn_objects PRIVATE
   # An operation stays within 16 KiB of stack: one frame holds the row of sums, another at most a
   # packed line.
   -Wframe-larger-than=9000
-  $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},aarch64>:-mbranch-protection=standard>)
+  $<$<STREQUAL:${tarn_architecture},aarch64>:-mbranch-protection=standard>)
 
 # A host's stand-ins for the platform's functions are exported too, so that a client can replace them.
 set(tarn_exports ${CMAKE_BINARY_DIR}/exports.map)

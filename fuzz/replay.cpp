@@ -5,19 +5,21 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size);
 
-static void ReplayFile(const std::string& path) {
+static bool ReplayFile(const std::string& path) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (!file) return;
+    if (!file) return false;
     std::vector<uint8_t> bytes(1 << 16);
     const size_t size = std::fread(bytes.data(), 1, bytes.size(), file);
     std::fclose(file);
     const std::vector<uint8_t> exact(bytes.data(), bytes.data() + size);
     LLVMFuzzerTestOneInput(exact.data(), exact.size());
+    return true;
 }
 
 static int ReplayFolder(const std::string& folder) {
@@ -26,7 +28,10 @@ static int ReplayFolder(const std::string& folder) {
     int files = 0;
     while (const dirent* entry = readdir(entries)) {
         if (entry->d_type != DT_REG) continue;
-        ReplayFile(folder + "/" + entry->d_name);
+        if (!ReplayFile(folder + "/" + entry->d_name)) {
+            std::printf("%s/%s cannot be read\n", folder.c_str(), entry->d_name);
+            std::exit(1);
+        }
         ++files;
     }
     closedir(entries);

@@ -44,7 +44,6 @@ TXT
 sources=$(sed -n '/srcs: \[/,/\]/s/^ *"\(.*\.cpp\)",$/\1/p' Android.bp)
 flags=$(sed -n '/flags: \[/,/\]/s/^ *"\(-.*\)",$/\1/p' Android.bp)
 for source in $sources; do
-  # shellcheck disable=SC2086
   clang++-19 --target=aarch64-linux-android26 -std=c++20 -fPIC $flags -I. -Iinclude \
     -nostdinc++ -isystem /usr/lib/llvm-19/include/c++/v1 -isystem $work/include \
     -isystem /usr/include/android -isystem /usr/aarch64-linux-gnu/include \
@@ -53,10 +52,14 @@ done
 
 ld.lld-19 -r $work/*.o -o $work/all.o
 llvm-nm-19 --undefined-only --just-symbol-name $work/all.o | sort -u >$work/undefined.txt
-if ! LC_ALL=C comm -23 <(LC_ALL=C sort $work/undefined.txt) <(LC_ALL=C sort $work/platform.txt) | tee $work/unknown.txt | grep -q .; then
-  echo "$(wc -w <<<"$sources") sources compile for Android; undefined: $(wc -l <$work/undefined.txt) symbols, all the platform's"
-else
+[ -s $work/undefined.txt ] || { echo "the objects leave nothing undefined, which cannot be" >&2; exit 1; }
+export LC_ALL=C
+sort -o $work/undefined.txt $work/undefined.txt
+sort -o $work/platform.txt $work/platform.txt
+comm -23 $work/undefined.txt $work/platform.txt >$work/unknown.txt
+if [ -s $work/unknown.txt ]; then
   echo "not supplied by the platform:" >&2
   cat $work/unknown.txt >&2
   exit 1
 fi
+echo "$(wc -w <<<"$sources") sources compile for Android; undefined: $(wc -l <$work/undefined.txt) symbols, all the platform's"

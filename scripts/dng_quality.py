@@ -7,7 +7,8 @@ A picture, whose colours are known in every place, becomes a frame of each patte
 Two mosaics are made of the frame: `tarn bin` to a DNG; and by numpy alone, the mean of each cell, not
 rounded, in a DNG of the least tags. LibRaw (dcraw_emu of Debian's libraw-bin) develops both, ours by
 what its tags say, and both are held against the picture's own means over the cells. The bar: ours has
-at most 0.5 dB less than the plain one, with noise and without.
+at most 0.5 dB less than the plain one, with noise and without; and where there is no noise, both come near
+the picture, by 30 dB or more.
 
 With no PICTURE one is computed. Needs python3-numpy, python3-pil and libraw-bin.
 """
@@ -21,7 +22,7 @@ from PIL import Image
 
 tarn, work = sys.argv[1], pathlib.Path(sys.argv[2])
 PATTERNS = [("tetra", 2, "qc10"), ("tetra", 2, "qc12"), ("tetra", 2, "vx12"), ("nona", 3, "qc10"), ("nona", 3, "vx10"), ("hexadeca", 4, "qc10"), ("hexadeca", 4, "vx10")]
-BAR = 0.5
+BAR, FLOOR = 0.5, 30
 BORDER = 8  # LibRaw interpolates the outermost pixels by other rules
 COLOURS = numpy.array([[0, 1], [1, 2]])  # RGGB
 
@@ -112,11 +113,13 @@ if len(sys.argv) < 4:
 picture = linear(numpy.asarray(Image.open(photo).convert("RGB")) / 255.0)
 
 print(f"PSNR in dB against {photo.name}, as sRGB\npattern   as    noise   our DNG  plain means  difference")
-worst = 0.0
+worst, lowest = 0.0, numpy.inf
 for pattern, cell, layout in PATTERNS:
     for noise in ([], ["--noise", "4,1.5"]):
         ours, plain = measure(picture, photo, cell, layout, noise)
-        worst = max(worst, plain - ours)
+        worst = numpy.maximum(worst, plain - ours)  # NaN stays
+        if not noise:
+            lowest = numpy.minimum(lowest, numpy.minimum(ours, plain))
         print(f"{pattern:9} {layout}  {noise[-1] if noise else 'none':5}  {ours:8.2f}  {plain:11.2f}  {ours - plain:+10.2f}")
-print(f"worst: {worst:.2f} dB below the plain means; the bar is {BAR}")
-sys.exit(int(worst >= BAR))
+print(f"worst: {worst:.2f} dB below the plain means; the bar is {BAR}. lowest: {lowest:.1f} dB; the bar is {FLOOR}")
+sys.exit(0 if worst < BAR and lowest >= FLOOR else 1)

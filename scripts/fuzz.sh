@@ -27,7 +27,7 @@ fuzz_one() {
   echo "$runs $seconds" >"$work/$target.sum"
   [ "$minimise" = minimise ] || return 0
   rm -rf "$work/$target.least" && mkdir "$work/$target.least"
-  "build/fuzz/fuzz_$target" -set_cover_merge=1 -max_len=256 "$work/$target.least" "$found" "$kept" >/dev/null 2>&1
+  "build/fuzz/fuzz_$target" -set_cover_merge=1 -max_len=1024 "$work/$target.least" "$found" "$kept" >/dev/null 2>&1
   rm -rf "$kept" && mv "$work/$target.least" "$kept"
 }
 export -f fuzz_one

@@ -137,7 +137,7 @@ for source, data, truth, (width, height) in all_frames():
     counts["right", source] += right
     counts["right" if right else "wrong", whole] += 1
     counts["size right"] += right and (frame["width"], frame["height"]) == (width, height)
-    if not right or "-v" in sys.argv:
+    if not right:
         guess = answer["guess"] if answer else done.stderr.strip()
         print(f"{source}: {width}x{height} {truth}: guessed {tuple(frame.values())}, {guess}")
 

@@ -9,7 +9,7 @@ The source tree is only read; everything lies in build/faults."""
 import sys
 import time
 
-from faulty_library import ROOT, Bench, Worker
+from faulty_library import ROOT, Bench, Worker, sound
 
 EXPORTS = 'cmake/exports.map'
 
@@ -49,7 +49,7 @@ def main():
     wanted = sys.argv[1:] or ['']
     faults = [fault for fault in read_faults() if any(text in fault[0] for text in wanted)]
     bench = Bench()
-    worker = Worker(bench)
+    worker = sound(Worker(bench))
     missed, begin = 0, time.monotonic()
     for number, (title, changes) in enumerate(faults, 1):
         start = time.monotonic()

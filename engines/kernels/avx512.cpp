@@ -55,7 +55,7 @@ struct WideBinBlocks {
             });
             ForEach<2>([&](auto i) TARN_INLINE_LAMBDA { v[i] = Codes<compensate>(v[i], gain); });
             PackWide<Out>(dst, v);
-            rowSum += 2 * kWideLanes;
+            rowSum += ptrdiff_t{2} * kWideLanes;
         }
     }
 

@@ -1,24 +1,23 @@
 #include <android/log.h>
 #include <sys/system_properties.h>
 
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/errno_kept.h"
+
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
     constexpr char kLetters[] = "??VDIWEF";
-    const int savedErrno = errno;  // logging must not disturb the client
+    const tarn::ErrnoKept errnoKept;
     char text[1024];
     va_list arguments;
     va_start(arguments, format);
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     const char letter = priority >= 0 && priority < 8 ? kLetters[priority] : '?';
-    const int written = std::fprintf(stderr, "%c/%s: %s\n", letter, tag, text);
-    errno = savedErrno;
-    return written;
+    return std::fprintf(stderr, "%c/%s: %s\n", letter, tag, text);
 }
 
 int __system_property_get(const char* name, char* value) {

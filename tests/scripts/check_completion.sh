@@ -2,6 +2,7 @@
 # Loads the completion for bash and asks it as bash does.
 #   check_completion.sh COMPLETION_FILE PROGRAM
 set -uo pipefail
+# shellcheck source=/dev/null
 source "$1"
 program=$2
 status=0

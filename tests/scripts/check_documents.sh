@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Every relative link of a document leads to a file, and to a heading of it where it names one; every
-# source that Android.bp and CMake list is the same; the API reference has no warning.
+# source that Android.bp and CMake list is the same, and every version; the API reference has no warning.
 # usage: check_documents.sh root work-folder
 set -uo pipefail
 work=$(realpath -m "$2")
@@ -26,10 +26,17 @@ links() {
   done < <(find . -name '*.md' -not -path './build/*' -not -path './.git/*')
 }
 
-# Android.bp lists the library's sources a second time.
+# Android.bp lists the library's sources a second time, for arm64.
 source_lists() {
-  diff <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' cmake/Library.cmake | grep -Ev 'host_platform|avx' | sort -u) \
+  diff <(sed '/STREQUAL "x86_64"/,/^elseif/d' cmake/Library.cmake | grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' | grep -v host_platform | sort -u) \
     <(grep -oE '[a-z_/]+/[A-Za-z_0-9]+\.cpp' Android.bp | sort) || fail "cmake/Library.cmake and Android.bp differ"
+}
+
+# What the library says at each Init is the project's version.
+versions() {
+  local project
+  project=$(sed -nE 's/^project\(.* VERSION ([0-9.]+).*/\1/p' CMakeLists.txt)
+  grep -qF "kVersion[] = \"$project\";" solution/solution_impl.cpp || fail "CMakeLists.txt and solution_impl.cpp differ in the version"
 }
 
 # Every function, type and field of the public headers is documented.
@@ -41,5 +48,6 @@ api_reference() {
 mkdir -p "$work"
 links
 source_lists
+versions
 api_reference
 exit $status

@@ -81,6 +81,8 @@ def check_document(path):
     folder = fresh_folder(path.stem)
     blocks = re.findall(r"^```(\w*)\n(.*?)^```\n\n?(?:^```text\n(.*?)^```)?", path.read_text(), re.M | re.S)
     blocks = [(script, shown or None) for kind, script, shown in blocks if kind == "sh" and re.search(r"^tarn ", script, re.M)]
+    if not blocks:
+        failures.append(f"{path}: shows no commands")
     for script, shown in blocks:
         check(path.name, script, folder, shown)
     return len(blocks)

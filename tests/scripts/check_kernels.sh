@@ -7,7 +7,9 @@ shift
 [ $# -gt 0 ] || { echo "FAILED: no objects"; exit 1; }
 status=0
 for object; do
-  weak=$("$nm" --defined-only "$object" | awk '$2 ~ /^[WVu]$/')
+  symbols=$("$nm" --defined-only "$object") && [ -n "$symbols" ] ||
+    { echo "FAILED: $object has no symbols to read"; exit 1; }
+  weak=$(echo "$symbols" | awk '$2 ~ /^[WVu]$/')
   [ -z "$weak" ] || { echo "FAILED: $object"; echo "$weak"; status=1; }
 done
 exit $status

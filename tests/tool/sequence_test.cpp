@@ -13,12 +13,6 @@ class SequenceTest : public ToolTest {
         return bytes;
     }
     void Bin(const std::string& arguments) { ASSERT_EQ(Tarn("bin " + arguments), 0) << said_; }
-    static bool LeftNothing() {
-        for (const auto& entry : std::filesystem::directory_iterator(".")) {
-            if (entry.path().filename().string().starts_with(".tarn-")) return false;
-        }
-        return true;
-    }
 };
 
 // Any bytes are a frame, and ten frames one above the other are a frame as well: large enough for
@@ -107,7 +101,7 @@ TEST_F(SequenceTest, OneBadFileKeepsNoOtherFromBeingWritten) {
     Write("all.out", "what was there before");
     EXPECT_EQ(Tarn(bin + "-o all.out"), 2);
     EXPECT_EQ(Read("all.out"), "what was there before");
-    EXPECT_TRUE(LeftNothing());
+    EXPECT_FALSE(HalfFileIsThere());
 }
 
 TEST_F(SequenceTest, WhenWritingFailsWhatWasCompleteStays) {
@@ -118,7 +112,7 @@ TEST_F(SequenceTest, WhenWritingFailsWhatWasCompleteStays) {
     EXPECT_NE(said_.find("; files written before: 1"), std::string::npos) << said_;
     EXPECT_EQ(Read("a.out").size(), 40u);
     EXPECT_FALSE(std::filesystem::exists("c.out"));
-    EXPECT_TRUE(LeftNothing());
+    EXPECT_FALSE(HalfFileIsThere());
 }
 
 TEST_F(SequenceTest, AnInterruptLeavesNoHalfFile) {
@@ -131,7 +125,7 @@ TEST_F(SequenceTest, AnInterruptLeavesNoHalfFile) {
     EXPECT_NE(Read("seen.txt").find(".tarn-"), std::string::npos);
     EXPECT_EQ(Read("code.txt"), "143\n");
     EXPECT_EQ(Read("kept.raw"), "what was there before");
-    EXPECT_TRUE(LeftNothing());
+    EXPECT_FALSE(HalfFileIsThere());
 }
 
 TEST_F(SequenceTest, TimesAreReportedByTheirKind) {

@@ -60,6 +60,13 @@ class ToolTest : public ::testing::Test {
         Write(path, bytes);
     }
 
+    static bool HalfFileIsThere() {
+        const std::filesystem::directory_iterator files("."), end;
+        return std::any_of(files, end, [](const auto& entry) {
+            return entry.path().filename().string().starts_with(".tarn-");
+        });
+    }
+
     std::string said_;
 
  private:
@@ -83,13 +90,6 @@ class RefusalTest : public ToolTest {
         }
         return files;
     }
-    static bool HalfFileIsThere() {
-        const auto files = Files();
-        return std::any_of(files.begin(), files.end(), [](const auto& file) {
-            return file.first.find(".tarn-") != std::string::npos;
-        });
-    }
-
     void ExpectRefused(const std::string& arguments, int exitCode, const std::string& reason) {
         SCOPED_TRACE(arguments);
         const auto before = Files();
