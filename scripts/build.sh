@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Building by presets. Sourced by ./run and by checks that build for themselves.
 
 # configure_and_build PRESET [cmake options]; the log is shown when something fails. TARGETS names what
@@ -7,7 +8,6 @@ configure_and_build() {
   shift
   mkdir -p build
   echo "== build $preset"
-  # shellcheck disable=SC2086
   { cmake --preset "$preset" "$@" && cmake --build --preset "$preset" ${TARGETS:+--target $TARGETS}; } >"$log" 2>&1 || {
     cat "$log"
     return 1

@@ -4,7 +4,7 @@
 #   checks.sh [--list] check | all | long | NAME...
 # A stage runs those before it too.
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit 1
 readonly logs=build/checks
 
 # name|stage|seconds|command, without the blanks around the bars.

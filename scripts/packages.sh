@@ -1,3 +1,5 @@
+# shellcheck shell=bash
+# shellcheck disable=SC2034
 # What the commands of ./run need from Debian 12, and how it gets there. Sourced by ./run.
 
 packages_build="g++ cmake make"
@@ -5,7 +7,7 @@ packages_tool="libcli11-dev libraw-dev libpng-dev libtiff-dev nlohmann-json3-dev
 packages_test="googletest libsimde-dev qemu-user binutils python3 python3-numpy python3-pil libraw-bin groff-base"
 packages_clang="clang-19 lld-19 llvm-19 libclang-rt-19-dev"
 packages_arm="g++-aarch64-linux-gnu qemu-user"
-packages_lint="clang-format-14 clang-tidy-14 cppcheck doxygen git"
+packages_lint="clang-format-14 clang-tidy-14 cppcheck doxygen git shellcheck"
 packages_bench="libbenchmark-dev libcairo2-dev nlohmann-json3-dev pkg-config"
 packages_peers="libopencv-core-dev libopencv-imgproc-dev libyuv-dev"
 packages_avx512="bochs bochsbios isolinux syslinux-common xorriso cpio" # not installed by itself
