@@ -37,7 +37,8 @@ struct Golden {
 // Reads manifest.json of a folder and every file it names. Throws UserError.
 Golden ReadGolden(const std::string& folder);
 
-// The folder to read when none is given: as installed beside the program, else the source tree's.
+// The folder to read when none is given: as installed with the program, else as linked by its
+// build.
 std::string GoldenFolder();
 
 }  // namespace tarn::tool
