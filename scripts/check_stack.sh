@@ -7,7 +7,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 figures=()
-limit=$(sed -n 's/.*-Wframe-larger-than=//p' cmake/Library.cmake)
+limit=$(sed -nE 's/.*-Wframe-larger-than=([0-9]+).*/\1/p' cmake/Library.cmake)
+[ -n "$limit" ] || { echo "FAILED: cmake/Library.cmake has no -Wframe-larger-than" >&2; exit 1; }
 # check PRESET COMPILER
 check() {
   local build=build/stack/$2 log=build/stack/$2.log frames=build/stack/$2.txt largest
