@@ -6,13 +6,13 @@
 
 #include <cstdlib>
 
-#include "tools/tarn/dng.h"
-#include "tools/tarn/message.h"
-#include "tools/tarn/mosaic.h"
+#include "frames/message.h"
+#include "pictures/dng.h"
+#include "pictures/mosaic.h"
 
 namespace {
 
-using namespace tarn::tool;
+using namespace tarn::pictures;
 
 constexpr size_t kMostBytes = 1 << 16;
 
@@ -47,7 +47,7 @@ void BecomesAFrameAndADng(const Mosaic& mosaic) {
     const Picture picture{mosaic.width,   mosaic.height,   bits,         mosaic.samples,
                           mosaic.colours, mosaic.black[0], mosaic.white, {}};
     if (EncodeDng(picture).size() < mosaic.samples.size() * 2) std::abort();
-    tarn::PackedFrame frame{tarn::Layout::VXRaw12, mosaic.width, mosaic.height, 0};
+    PackedFrame frame{tarn::Layout::VXRaw12, mosaic.width, mosaic.height, 0};
     frame.pitch = frame.RowBytes() + 1;
     const std::vector<uint16_t> codes = Unpack(frame, Pack(frame, mosaic.samples).data());
     for (size_t i = 0; i < codes.size(); ++i) {

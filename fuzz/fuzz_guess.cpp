@@ -4,11 +4,11 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "tools/tarn/guess.h"
-#include "tools/tarn/message.h"
-#include "tools/tarn/picture.h"
+#include "frames/guess.h"
+#include "frames/message.h"
+#include "frames/picture.h"
 
-using namespace tarn::tool;
+using namespace tarn::frames;
 
 static Known ConsumeKnown(FuzzedDataProvider& data) {
     Known known;
@@ -43,12 +43,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
         const Guess guess = GuessFrame("dump", dump, known);
         if (guess.ranked.empty()) std::abort();
         for (const Hypothesis& hypothesis : guess.ranked) {
-            const tarn::PackedFrame& frame = hypothesis.frame;
+            const PackedFrame& frame = hypothesis.frame;
             if (frame.width < 1 || frame.height < 1 || frame.RowBytes() > frame.pitch ||
                 frame.LeastBytes() > int64_t(dump.size()) || !std::isfinite(hypothesis.cost))
                 std::abort();
         }
-        const tarn::PackedFrame& best = guess.ranked.front().frame;
+        const PackedFrame& best = guess.ranked.front().frame;
         if (Unpack(best, dump.data()).empty()) std::abort();
     } catch (const UserError&) {
     }

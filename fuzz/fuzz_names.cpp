@@ -6,11 +6,13 @@
 #include <climits>
 #include <cstdlib>
 
-#include "tools/tarn/formats.h"
-#include "tools/tarn/geometry.h"
-#include "tools/tarn/guess.h"
-#include "tools/tarn/message.h"
-#include "tools/tarn/picture.h"
+#include "frames/formats.h"
+#include "frames/geometry.h"
+#include "frames/guess.h"
+#include "frames/message.h"
+#include "frames/picture.h"
+#include "tools/tarn/cli/file_kind.h"
+#include "tools/tarn/cli/parse.h"
 
 namespace {
 
@@ -34,9 +36,9 @@ void FuzzNumber(const std::string& text) {
 void FuzzGeometry(const std::string& text, FuzzedDataProvider& data) {
     const Size size = ParseSize("-s", text);
     Require(size.width > 0 && size.height > 0);
-    tarn::PackedFrame frame{data.PickValueInArray({tarn::Layout::QCRaw10, tarn::Layout::QCRaw12,
-                                                   tarn::Layout::VXRaw10, tarn::Layout::VXRaw12}),
-                            size.width, size.height, 0};
+    PackedFrame frame{data.PickValueInArray({tarn::Layout::QCRaw10, tarn::Layout::QCRaw12,
+                                             tarn::Layout::VXRaw10, tarn::Layout::VXRaw12}),
+                      size.width, size.height, 0};
     SetPitch("--pitch", data.ConsumeRandomLengthString(12), &frame);
     Require(frame.pitch >= frame.RowBytes() && frame.pitch < INT_MAX);
     Require(frame.LeastBytes() > 0 && frame.Bytes() >= frame.LeastBytes());

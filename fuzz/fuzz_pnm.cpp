@@ -2,11 +2,11 @@
 #include <bit>
 #include <cstdlib>
 
-#include "tools/tarn/message.h"
-#include "tools/tarn/picture.h"
-#include "tools/tarn/pnm.h"
+#include "frames/message.h"
+#include "frames/picture.h"
+#include "frames/pnm.h"
 
-using namespace tarn::tool;
+using namespace tarn::frames;
 
 static void EncodesToTheSame(const Pnm& pnm) {
     Picture picture{.width = pnm.width, .height = pnm.height};

@@ -3,21 +3,21 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "tools/tarn/formats.h"
-#include "tools/tarn/geometry.h"
-#include "tools/tarn/message.h"
-#include "tools/tarn/output.h"
-#include "tools/tarn/witness.h"
+#include "frames/formats.h"
+#include "frames/geometry.h"
+#include "frames/message.h"
+#include "pictures/output.h"
+#include "pictures/witness.h"
 
 int main(int argc, char** argv) {
-    using namespace tarn::tool;
+    using namespace tarn::pictures;
     if (argc != 6) {
         std::fprintf(stderr, "usage: libraw_unpack LAYOUT WIDTH HEIGHT PITCH FILE\n");
         return 2;
     }
     try {
-        const tarn::PackedFrame frame{FindFormat("LAYOUT", argv[1]).layout, std::atoi(argv[2]),
-                                      std::atoi(argv[3]), std::atoi(argv[4])};
+        const PackedFrame frame{FindFormat("LAYOUT", argv[1]).layout, std::atoi(argv[2]),
+                                std::atoi(argv[3]), std::atoi(argv[4])};
         const Bytes packed = ReadFile(argv[5], frame.Bytes());
         CheckFileSize(argv[5], static_cast<int64_t>(packed.size()), frame);
         Bytes codes;

@@ -13,7 +13,7 @@ format() {
 tidy() {
   mkdir -p build/lint
   sed 's/ -mstringop-strategy=[a-z]*//' build/host/compile_commands.json >build/lint/compile_commands.json
-  git ls-files ':!engines/kernels/neon.cpp' 'engines/*.cpp' 'layout/*.cpp' 'platform/*.cpp' 'solution/*.cpp' 'reference/*.cpp' 'tools/*.cpp' |
+  git ls-files ':!engines/kernels/neon.cpp' 'engines/*.cpp' 'layout/*.cpp' 'platform/*.cpp' 'solution/*.cpp' 'reference/*.cpp' 'frames/*.cpp' 'pictures/*.cpp' 'tools/*.cpp' |
     xargs -P 2 -n 3 clang-tidy-14 --quiet -p build/lint 2>/dev/null || fail "clang-tidy 14 has findings"
 }
 
@@ -22,7 +22,7 @@ tidy() {
 second_opinion() {
   cppcheck --quiet --error-exitcode=1 --std=c++20 --language=c++ --library=googletest \
     --enable=warning,performance,portability --suppressions-list=.cppcheck -I. -Iinclude -Iengines \
-    -Iplatform/host bench engines examples fuzz golden include layout platform reference solution \
+    -Iplatform/host bench engines examples frames fuzz golden include layout pictures platform reference solution \
     tests tools || fail "cppcheck has findings"
 }
 

@@ -36,7 +36,14 @@ check_folder engines/kernels layout
 depth=1 check_folder engines include layout platform engines/kernels
 check_folder solution include layout platform engines
 check_folder reference
-check_folder tools/tarn public layout reference tools/tarn/synth
+check_folder frames include layout engines engines/kernels
+check_folder pictures frames pictures/synth reference
+check_folder tools/tarn frames pictures pictures/synth public layout tools/tarn/cli tools/tarn/verbs
+
+# In frames/ nothing but memory: what it may include of the standard library does not know of files,
+# threads or terminals, and no header is anybody else's.
+grep -nE '^ *# *include *<(iostream|fstream|filesystem|thread|mutex|condition_variable|future|cstdio)>|^ *# *include *<.*[/.].*>' \
+  -r frames && fail "frames/ must not include these"
 check_folder examples public
 
 for compiler; do

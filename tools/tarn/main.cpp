@@ -6,12 +6,13 @@
 #include <filesystem>
 #include <new>
 
-#include "tools/tarn/completion.h"
-#include "tools/tarn/man_page.h"
-#include "tools/tarn/message.h"
-#include "tools/tarn/output.h"
-#include "tools/tarn/temporary_file.h"
-#include "tools/tarn/verb.h"
+#include "frames/message.h"
+#include "pictures/output.h"
+#include "pictures/temporary_file.h"
+#include "tools/tarn/cli/completion.h"
+#include "tools/tarn/cli/man_page.h"
+#include "tools/tarn/cli/say.h"
+#include "tools/tarn/cli/verb.h"
 
 namespace tarn::tool {
 namespace {
